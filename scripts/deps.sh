@@ -1,0 +1,29 @@
+#!/usr/bin/env bash
+# Installs what building and testing need, from Debian packages, only where
+# something is missing. Run as root on a bare machine; harmless elsewhere.
+set -euo pipefail
+
+packages=(cmake g++ make pkg-config zlib1g-dev libboost-dev libgtest-dev googletest)
+if [ "${1:-}" = "--tests" ]; then
+  # An independent VTK reader checks the files that dovinspect exports.
+  packages+=(python3-vtk9 python3-numpy)
+fi
+if [ "${1:-}" = "--bench" ]; then
+  packages+=(libhdf5-dev gnuplot-nox)
+fi
+
+missing=()
+for p in "${packages[@]}"; do
+  dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q "install ok installed" || missing+=("$p")
+done
+if [ ${#missing[@]} -eq 0 ]; then
+  exit 0
+fi
+echo "Installing: ${missing[*]}"
+if [ "$(id -u)" -ne 0 ]; then
+  echo "Missing packages and not root; install them first: ${missing[*]}" >&2
+  exit 1
+fi
+export DEBIAN_FRONTEND=noninteractive
+apt-get update -qq
+apt-get install -y -qq --no-install-recommends "${missing[@]}" >/dev/null

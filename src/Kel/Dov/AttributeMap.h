@@ -1,0 +1,49 @@
+#ifndef DOVWRITER_KEL_DOV_ATTRIBUTEMAP_H
+#define DOVWRITER_KEL_DOV_ATTRIBUTEMAP_H
+
+// Text attributes under keys of the host's, as they reach groups and
+// variables in the file.
+
+#include <cstdint>
+#include <cstring>
+#include <map>
+#include <string>
+
+namespace KelTmf {
+class Index;
+}
+
+namespace KelDov {
+
+// Kind 0 and 1: a 32-bit word; 2: text; 3: a 64-bit word.
+struct AttributeValue {
+  static const std::size_t TextAreaSize = 256;
+
+  std::uint32_t kind = 0;
+  union {
+    std::uint32_t word;
+    std::uint64_t longWord;
+    char text[TextAreaSize];
+  } value;
+
+  AttributeValue() { std::memset(&value, 0, sizeof value); }
+
+  // Kind 2. The text is cut to 255 bytes so that the area always ends in NUL.
+  static AttributeValue Text(const std::string& text);
+  // Kind 0.
+  static AttributeValue Word(std::uint32_t word);
+  // The text of a kind-2 value, up to its first NUL.
+  std::string GetText() const;
+};
+
+// std::string orders by unsigned bytes, the shorter key first on a tie:
+// exactly the order the stored form needs.
+typedef std::map<std::string, AttributeValue> AttributeMap;
+
+// The stored form: six parallel lists (keys, kinds, words of kind 0, words of
+// kind 1, long words of kind 3, texts of kind 2), put back to back.
+void WriteAttributeMap(KelTmf::Index& index, const std::string& stream, const AttributeMap& map);
+
+}  // namespace KelDov
+
+#endif

@@ -1,0 +1,109 @@
+#ifndef DOVWRITER_KEL_DOV_TREE_H
+#define DOVWRITER_KEL_DOV_TREE_H
+
+// The scene tree with its file: owns the nodes, knows which named stream
+// receives what, writes datasets while the tree is built and everything
+// else when it is saved.
+
+#include <cstdint>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "Kel/Adt/AdtTree.h"
+#include "Kel/Dov/AttributeMap.h"
+#include "Kel/Dov/Geometry.h"
+#include "Kel/Dov/Group.h"
+#include "Kel/Dov/Node.h"
+#include "Kel/Dov/NumericArray.h"
+#include "Kel/Dov/Shape.h"
+#include "Kel/Tmf/TmFile.h"
+
+namespace KelAdt {
+template <>
+struct TreeTraits<KelDov::Node*> {
+  static const char* SetCurrentIdMethod() {
+    return "KelAdt::Tree<class KelDov::Node *>::SetCurrentId";
+  }
+  static const char* GetCurrentNodeMethod() {
+    return "KelAdt::Tree<class KelDov::Node *>::GetCurrentNode";
+  }
+};
+}  // namespace KelAdt
+
+namespace KelDov {
+
+// Who wrote the file, and when.
+struct GlobalInformation {
+  bool includeMachineInfo = false;
+  std::string applicationName;
+  std::string applicationVersion;
+  std::string formatVersion;
+  std::string creationDate;
+  std::string computerName;
+  std::string userName;
+  std::string comment;
+};
+
+// Stream names of a model file.
+extern const std::string HeavyDataStream;         // "Heavy Data"
+extern const std::string DovTreeStream;           // "Dov Tree"
+extern const std::string LightDataStream;         // "Light Data"
+extern const std::string AttributesStream;        // "Attributes"
+extern const std::string ResourcesStream;         // "Resources"
+extern const std::string GlobalInformationStream; // "Global Information"
+extern const std::string ViewPointsStream;        // "View Points"
+
+class Tree : public KelAdt::Tree<Node*> {
+ public:
+  Tree();
+  virtual ~Tree();
+  Tree(const Tree&) = delete;
+  Tree& operator=(const Tree&) = delete;
+
+  // New child of the current entry, made current, holding a new node.
+  void AddGroup(const std::string& name);
+  void AddGroup(const std::string& name, bool visible);
+  void AddGeometry(const std::string& name);
+
+  // On the geometry of the current entry. Adding again under the same name
+  // replaces type, array and offset and merges the attributes.
+  VariableRef AddVariable(const std::string& name, Geometry::VariableType type,
+                          std::uint64_t offset, const NumericArray& array,
+                          const AttributeMap& attributes);
+  void LinkVariable(const VariableRef& variable, const VariableRef& target);
+
+  // Puts one dataset into "Heavy Data" in byte planes and returns its
+  // offset in the stream; full blocks leave for the file at once.
+  std::uint64_t WriteStreamDataset(const std::vector<std::uint32_t>& values, std::uint8_t width);
+  std::uint64_t WriteStreamDataset(const std::vector<float>& values, std::uint8_t width);
+  std::uint64_t WriteStreamDataset(const void* values, std::uint64_t count, std::uint8_t width);
+
+  // Opens the file and writes its 12-byte head.
+  void SetStreamFile(const std::string& path, bool overwrite);
+  // Saves tree and global information, writes all blocks and the index,
+  // closes the file.
+  void Save(KelTmf::TmFile& file, const std::string& comment);
+  void SaveTree(KelTmf::TmFile& file);
+  void SaveGlobalInfo(KelTmf::TmFile& file, const std::string& comment);
+
+  KelTmf::TmFile& GetFile() { return file; }
+  GlobalInformation& GetInformation() { return information; }
+  const std::string& GetFormatVersion() const { return formatVersion; }
+
+ protected:
+  std::uint8_t spareByte = 0;
+  std::string formatVersion;
+  std::vector<GlobalInformation> informationList;
+  GlobalInformation information;
+  KelTmf::TmFile file;
+  std::vector<std::shared_ptr<void>> sharedList;
+};
+
+// The framed records of a list of global information, whole in one block.
+void PutGlobalInformation(KelTmf::Index& index, const std::string& stream,
+                          const std::vector<GlobalInformation>& list);
+
+}  // namespace KelDov
+
+#endif

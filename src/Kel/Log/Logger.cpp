@@ -1,0 +1,92 @@
+#include "Kel/Log/Logger.h"
+
+#include <DovWriter/Scene.h>
+
+#include "Kel/Log/Log.h"
+
+namespace Kel {
+namespace Log {
+
+namespace {
+Logger* instance = nullptr;
+const char* const kDefaultName = "__Default__";
+const char* const kTraceFilterName = "trace log";
+const char* const kTracePublisherName = "log file";
+}  // namespace
+
+std::string DefaultFormatter::operator()(const LogRecord& record) {
+  std::string path = record.file != nullptr ? record.file : "";
+  std::string::size_type slash = path.find_last_of("/\\");
+  std::string text = slash == std::string::npos ? path : path.substr(slash + 1);
+  text += " : ";
+  text += std::to_string(record.line);
+  text += " @ ";
+  text += record.message;
+  text += '\n';
+  return text;
+}
+
+FilePublisher::FilePublisher(const char* path) : stream(path, std::ios::out | std::ios::trunc) {}
+
+void FilePublisher::Publish(const char* text) { stream << text; }
+
+void FilePublisher::Flush() { stream.flush(); }
+
+Logger& Logger::Instance() {
+  // Never destroyed: records may be published from destructors of static
+  // objects at process end.
+  if (instance == nullptr) instance = new Logger();
+  return *instance;
+}
+
+bool Logger::HasRoutes() { return instance != nullptr && !instance->routes.empty(); }
+
+Logger::Logger() {
+  AddFilter<LevelFilter<2000>>(kDefaultName);
+  AddFormatter<DefaultFormatter>(kDefaultName);
+}
+
+void Logger::Publish(const LogRecord& record) {
+  for (const Route& route : routes) {
+    if (!(*filters[route.filter])(record)) continue;
+    std::string text = (*formatters[route.formatter])(record);
+    publishers[route.publisher]->Publish(text.c_str());
+    publishers[route.publisher]->Flush();
+  }
+}
+
+void Logger::AddPublisher(const std::string& name, Publisher* publisher) {
+  publisherNames[name] = publishers.size();
+  publishers.emplace_back(publisher);
+  routes.push_back(Route{publishers.size() - 1, filterNames[kDefaultName],
+                         formatterNames[kDefaultName]});
+}
+
+void Logger::SetFilter(const std::string& publisherName, const std::string& filterName) {
+  auto publisher = publisherNames.find(publisherName);
+  auto filter = filterNames.find(filterName);
+  if (publisher == publisherNames.end() || filter == filterNames.end()) return;
+  for (Route& route : routes)
+    if (route.publisher == publisher->second) route.filter = filter->second;
+}
+
+void TraceToFile(const char* path) {
+  Logger& logger = Logger::Instance();
+  logger.AddFilter<LevelFilter<1000>>(kTraceFilterName);
+  if (!logger.HasPublisher(kTracePublisherName))
+    logger.AddPublisher(kTracePublisherName, new FilePublisher(path));
+  logger.SetFilter(kTracePublisherName, kTraceFilterName);
+}
+
+void Publish(const Kel::Util::LogRecord& record) { Logger::Instance().Publish(record); }
+
+bool Active() { return Logger::HasRoutes(); }
+
+}  // namespace Log
+}  // namespace Kel
+
+namespace Kel {
+namespace Dov {
+void logTraceToFile(const char* const path) { Kel::Log::TraceToFile(path); }
+}  // namespace Dov
+}  // namespace Kel

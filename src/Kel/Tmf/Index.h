@@ -1,0 +1,112 @@
+#ifndef DOVWRITER_KEL_TMF_INDEX_H
+#define DOVWRITER_KEL_TMF_INDEX_H
+
+// The table of all blocks of one container file, and the front through
+// which everything is written: values are put under a stream name, and the
+// index cuts each stream into numbered blocks, places them and finally
+// writes the chained index areas.
+
+#include <cstdint>
+#include <cstdio>
+#include <map>
+#include <string>
+#include <vector>
+
+#include "Kel/Tmf/Block.h"
+
+namespace KelTmf {
+
+const std::uint32_t IndexEntrySize = 139;
+const std::uint32_t IndexNameFieldSize = 128;
+const std::uint32_t FirstIndexEntries = 20;
+const std::uint32_t ChainedIndexEntries = 200;
+const std::uint32_t DefaultBlockLimit = 0xC800000;
+const std::uint8_t BlockFlagCompress = 1;
+const std::uint8_t BlockFlagFreeze = 32;
+const std::uint64_t FileHeadSize = 12;
+const std::uint64_t FirstBlockPosition = 2800;
+
+// Bookkeeping of one block; the stored part is its 139-byte index entry.
+struct BlockRecord {
+  std::uint8_t id = 0;
+  std::string name;
+  std::uint64_t position = 0;
+  std::uint32_t size = 0;
+  std::uint8_t flags = 0;
+  std::uint8_t reserved = 0;
+  bool frozen = false;
+  bool bufferReset = false;
+  std::uint32_t plainLength = 0;
+};
+
+struct BlockSizeLimiter {
+  std::vector<std::uint64_t> blocks;
+  std::uint32_t limit = DefaultBlockLimit;
+};
+
+class Index {
+ public:
+  Index() = default;
+  ~Index();
+  Index(const Index&) = delete;
+  Index& operator=(const Index&) = delete;
+
+  std::uint64_t AddBlock(const std::string& name);
+  std::uint64_t AllocateEmptyBlocks(std::uint64_t count);
+  std::uint64_t AppendBlockRecord(const std::string& name);
+  static bool IsEmptyBlockName(const std::string& name);
+  static bool IsIndexBlockName(const std::string& name);
+  BlockSizeLimiter& GetBlockSizeLimiter(const std::string& name);
+  std::uint64_t SelectBlock(const std::string& name);
+
+  // raw(n) into the stream.
+  void Put(const std::string& name, const void* data, std::uint64_t byteCount);
+  // Typed puts; each value lies whole in one block.
+  void Put(const std::string& name, bool value);
+  void Put(const std::string& name, std::uint8_t value);
+  void Put(const std::string& name, std::uint32_t value);
+  void Put(const std::string& name, std::uint64_t value);
+  void Put(const std::string& name, float value);
+  void Put(const std::string& name, const std::string& value);
+  // A string literal must not fall to the bool overload.
+  void Put(const std::string& name, const char* value) { Put(name, std::string(value)); }
+  void Put(const std::string& name, const std::vector<std::string>& values);
+  void Put(const std::string& name, const std::vector<std::uint8_t>& values);
+  void Put(const std::string& name, const std::vector<std::uint32_t>& values);
+  void Put(const std::string& name, const std::vector<std::uint64_t>& values);
+
+  // Puts a compound value that must lie whole in one block (a framed
+  // record, a list of records, a dataset encoded in place): selects the
+  // block once, checks it as a typed put does, and lets `encode` write
+  // into it.
+  template <class Encode>
+  void PutRecord(const std::string& name, Encode&& encode) {
+    Block& block = BlockForTypedPut(name);
+    encode(block);
+  }
+
+  std::uint64_t GetStreamLength(const std::string& name);
+  void SetBlockFlags(const std::string& name, std::uint8_t flag);
+  // Sets the size at which a stream's next put starts a new block. The
+  // library itself keeps DefaultBlockLimit; tests and tuning use smaller.
+  void SetBlockLimit(const std::string& name, std::uint32_t limit);
+
+  void WriteBufferToFileStream(std::uint64_t number, std::FILE* stream);
+  void WriteIndexBufferToFileStream(std::uint64_t number, std::FILE* stream);
+  void FlushFrozen(std::FILE* stream);
+  void WriteAllBuffersToFileStream(std::FILE* stream);
+
+  std::vector<BlockRecord> records;
+  std::vector<Block> blocks;
+  std::map<std::string, BlockSizeLimiter> limiters;
+  std::uint8_t nextId = 1;
+  std::uint64_t indexPosition = FileHeadSize;
+  std::uint64_t indexSize = 0;
+
+ private:
+  Block& BlockForTypedPut(const std::string& name);
+};
+
+}  // namespace KelTmf
+
+#endif

@@ -1,0 +1,44 @@
+#ifndef DOVWRITER_PLATFORM_PLATFORM_H
+#define DOVWRITER_PLATFORM_PLATFORM_H
+
+// The few services the library needs from the operating system, in one
+// place so that the rest of the code stays portable.
+
+#include <cstdint>
+#include <cstdio>
+#include <string>
+
+namespace Platform {
+
+// True if something exists at `path` (the existence test of _access).
+bool FileExists(const char* path);
+
+// Absolute 64-bit seek from the start of the file. Returns 0 on success.
+int Seek64(std::FILE* stream, std::uint64_t offset);
+
+// Formats like snprintf into `buffer` of `size` bytes; the result is always
+// terminated and cut to fit. Returns the number of bytes written.
+int FormatText(char* buffer, std::size_t size, const char* format, ...)
+    __attribute__((format(printf, 3, 4)));
+
+// The computer's and the user's names, or empty if they cannot be had.
+std::string ComputerName();
+std::string UserName();
+
+// Seconds since 1970.
+std::int64_t Now();
+// `time` in local time, through strftime with `format`; at most 119 bytes.
+std::string LocalTimeText(const char* format, std::int64_t time);
+// `time` as ctime() gives it, with its trailing line feed.
+std::string CTimeText(std::int64_t time);
+
+// A process-wide random generator with the classic 15-bit linear
+// congruential rule, so that default colours are the same on every
+// platform: state = state * 214013 + 2531011, result = (state >> 16) & 0x7FFF.
+void SeedRandom(std::uint32_t seed);
+int Random();
+const int RandomMax = 32767;
+
+}  // namespace Platform
+
+#endif
