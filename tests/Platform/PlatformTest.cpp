@@ -40,8 +40,3 @@ TEST(FormatText, CutsAndTerminates) {
   EXPECT_EQ(4, Platform::FormatText(buffer, sizeof buffer, "%lu", 1234ul));
   EXPECT_STREQ("1234", buffer);
 }
-
-TEST(FileExistence, ExistingAndMissingPaths) {
-  EXPECT_TRUE(Platform::FileExists("/"));
-  EXPECT_FALSE(Platform::FileExists("/nonexistent/dovwriter/file"));
-}

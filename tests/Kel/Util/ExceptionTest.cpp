@@ -54,15 +54,6 @@ TEST(ExceptionText, ConstructorWithoutDescriptionUsesTheTextOfTheCode) {
   EXPECT_STREQ("Element Not Found", error.GetDescription());
 }
 
-TEST(ExceptionText, CodeTextsOfTheTableAndOutsideIt) {
-  EXPECT_STREQ("Memory Allocation Error", Exception::CodeText(0));
-  EXPECT_STREQ("Invalid Object", Exception::CodeText(8));
-  EXPECT_STREQ("Miscelleneous Error", Exception::CodeText(16));
-  EXPECT_STREQ("State Error", Exception::CodeText(19));
-  EXPECT_STREQ("Invalid Exception", Exception::CodeText(21));
-  EXPECT_STREQ("Invalid Exception", Exception::CodeText(-1));
-}
-
 TEST(ExceptionText, LongDescriptionAndTextAreCutWithoutFailure) {
   const std::string description(6000, 'd');
   const std::string file(1000, 'f');
