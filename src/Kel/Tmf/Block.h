@@ -20,7 +20,7 @@ extern const std::string IndexBlockName;  // "\vIndex Block "
 
 struct Block {
   // Buffers grow linearly by this step (or by one large item).
-  static const std::uint64_t GrowthStep = 0xA00000;
+  static constexpr std::uint64_t GrowthStep = 0xA00000;
 
   unsigned char* data = nullptr;  // owned by whoever holds the block; realloc/free
   std::uint64_t capacity = 0;
@@ -34,12 +34,12 @@ struct Block {
   void Write(std::FILE* stream, bool withLengthPrefix) const;
 
   // Typed puts, one per stored encoding.
-  void Put(bool value);                       // u8
-  void Put(std::uint8_t value);               // u8
-  void Put(std::uint32_t value);              // u32
-  void Put(std::uint64_t value);              // u64
-  void Put(float value);                      // f32
-  void Put(const std::string& value);         // text
+  void Put(bool value);                // u8
+  void Put(std::uint8_t value);        // u8
+  void Put(std::uint32_t value);       // u32
+  void Put(std::uint64_t value);       // u64
+  void Put(float value);               // f32
+  void Put(const std::string& value);  // text
   // A string literal must not fall to the bool overload.
   void Put(const char* value) { Put(std::string(value)); }
   void Put(const std::vector<std::string>& values);    // list of text
@@ -57,6 +57,22 @@ struct Block {
 
   // Releases the buffer; the bookkeeping fields keep their values.
   void Release();
+  // True once the bytes of the block have left memory for the file: they
+  // can neither be written again nor be added to.
+  bool ContentsReleased() const { return data == nullptr && length != 0; }
+
+ private:
+  // Fails (code 1) unless `count` more bytes at the write position keep the
+  // block below 4 GiB.
+  void RequireRoom(std::uint64_t count) const;
+  // The growth rule: grows the buffer if `count` bytes at the position would
+  // reach the capacity, and returns where they go.
+  unsigned char* MakeRoom(std::uint64_t count, bool fixedSize);
+  // Moves the position past `count` written bytes and raises the mark.
+  void Advance(std::uint32_t count);
+  void PutFixed(const unsigned char* bytes, std::uint32_t count);
+  // The u32 element count in front of a list, refused if the list cannot fit.
+  void PutCount(std::uint64_t count, std::uint64_t minimumElementSize);
 };
 
 }  // namespace KelTmf

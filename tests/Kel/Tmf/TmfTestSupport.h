@@ -1,0 +1,92 @@
+#ifndef DOVWRITER_TESTS_TMF_SUPPORT_H
+#define DOVWRITER_TESTS_TMF_SUPPORT_H
+
+// Helpers of the container and reader tests: scratch files, bytes, and
+// expectations on the library's exception.
+
+#include <DovWriter/Exception.h>
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <string>
+#include <vector>
+
+#include "Kel/Tmf/TmFile.h"
+
+namespace TmfTest {
+
+using Bytes = std::vector<unsigned char>;
+
+// A fresh path under the test directory, named after the running test.
+inline std::string ScratchPath(const std::string& suffix = ".tmf") {
+  const char* root = std::getenv("DOVWRITER_TEST_TMP");
+  std::filesystem::path dir = root != nullptr ? root : "/tmp/dovwriter_tests";
+  std::filesystem::create_directories(dir);
+  const ::testing::TestInfo* test = ::testing::UnitTest::GetInstance()->current_test_info();
+  std::filesystem::path path =
+      dir / (std::string("tmf_") + test->test_suite_name() + "_" + test->name() + suffix);
+  std::filesystem::remove(path);
+  return path.string();
+}
+
+inline Bytes ReadAll(const std::string& path) {
+  std::ifstream in(path, std::ios::binary);
+  return Bytes(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
+}
+
+inline void WriteAll(const std::string& path, const Bytes& bytes) {
+  std::ofstream(path, std::ios::binary | std::ios::trunc)
+      .write(reinterpret_cast<const char*>(bytes.data()),
+             static_cast<std::streamsize>(bytes.size()));
+}
+
+inline void Put32(Bytes& bytes, std::size_t at, std::uint32_t value) {
+  for (int i = 0; i < 4; ++i) bytes[at + i] = static_cast<unsigned char>(value >> (8 * i));
+}
+
+inline void Append32(Bytes& bytes, std::uint32_t value) {
+  bytes.resize(bytes.size() + 4);
+  Put32(bytes, bytes.size() - 4, value);
+}
+
+inline Bytes Pattern(std::size_t count, unsigned seed) {
+  Bytes bytes(count);
+  for (std::size_t i = 0; i < count; ++i) bytes[i] = static_cast<unsigned char>((i * seed) >> 2);
+  return bytes;
+}
+
+inline Bytes BlockBytes(const KelTmf::Block& block) {
+  return Bytes(block.data, block.data + block.length);
+}
+
+// Runs `action` and expects the library's exception with this code and
+// description.
+template <class Action>
+void ExpectFailure(Action&& action, std::int32_t code, const std::string& description) {
+  try {
+    action();
+    ADD_FAILURE() << "no exception, expected code " << code;
+  } catch (const Kel::Util::Exception& failure) {
+    EXPECT_EQ(failure.GetCode(), code);
+    EXPECT_EQ(std::string(failure.GetDescription()), description);
+  }
+}
+
+// Opens `path`, writes the head, lets `fill` put and flush through the
+// index, then writes everything out and closes.
+template <class Fill>
+void WriteContainer(const std::string& path, Fill&& fill) {
+  KelTmf::TmFile file;
+  file.OpenFileForWriting(path, true);
+  file.WriteHead();
+  fill(file);
+  file.index.WriteAllBuffersToFileStream(file.stream);
+  file.CloseFile();
+}
+
+}  // namespace TmfTest
+
+#endif
