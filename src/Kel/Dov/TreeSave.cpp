@@ -1,5 +1,3 @@
-#include <cassert>
-
 #include "Kel/Dov/FramedRecord.h"
 #include "Kel/Dov/Tree.h"
 #include "Kel/Log/Log.h"
