@@ -1,0 +1,90 @@
+// Datasets in "Heavy Data": layout, offsets, early write-out and refusal.
+
+#include <gtest/gtest.h>
+
+#include <DovWriter/Scene.h>
+
+#include <fstream>
+#include <iterator>
+
+#include "Kel/Dov/Tree.h"
+#include "StreamBytes.h"
+
+namespace {
+
+using namespace DovTest;
+
+TEST(HeavyDataTest, DatasetsFollowEachOtherInBytePlanes) {
+  KelDov::Tree tree;
+  tree.SetStreamFile(TempPath("heavy-planes.dov"), true);
+  KelTmf::Index& index = tree.GetFile().index;
+  EXPECT_EQ(0u, tree.WriteStreamDataset(std::vector<float>(), 1));
+  EXPECT_EQ(1u, index.limiters.at("Heavy Data").blocks.size());  // started all the same
+  EXPECT_EQ(0u, tree.WriteStreamDataset(std::vector<std::uint32_t>{0x04030201, 0x08070605}, 1));
+  EXPECT_EQ(8u, tree.WriteStreamDataset(std::vector<float>{1.0f}, 0));
+  // Width 2 over three values: one item of two components, one leftover.
+  const std::uint32_t raw[3] = {0x0A0B0C0D, 1, 2};
+  EXPECT_EQ(12u, tree.WriteStreamDataset(raw, 3, 2));
+  EXPECT_EQ((Bytes{1, 5, 2, 6, 3, 7, 4, 8, 0, 0, 0x80, 0x3F, 0x0D, 0x0C, 0x0B, 0x0A, 1, 0, 0,
+                   0, 2, 0, 0, 0}),
+            StreamBytes(index, "Heavy Data"));
+}
+
+TEST(HeavyDataTest, FullBlocksLeaveAtOnceAndFlagsLagOneDataset) {
+  KelDov::Tree tree;
+  tree.SetStreamFile(TempPath("heavy-flush.dov"), true);
+  KelTmf::Index& index = tree.GetFile().index;
+  index.SetBlockLimit("Heavy Data", 16);
+  const std::vector<std::uint32_t> values(8, 0x11223344);  // 32 bytes: one block each
+  std::vector<std::uint64_t> offsets;
+  for (int i = 0; i < 3; ++i) offsets.push_back(tree.WriteStreamDataset(values, 1));
+  EXPECT_EQ((std::vector<std::uint64_t>{0, 32, 64}), offsets);
+  EXPECT_EQ(96u, index.GetStreamLength("Heavy Data"));
+
+  const std::vector<std::uint64_t>& blocks = index.limiters.at("Heavy Data").blocks;
+  ASSERT_EQ(3u, blocks.size());
+  for (int i = 0; i < 2; ++i) {
+    EXPECT_TRUE(index.records[blocks[i]].frozen) << i;
+    EXPECT_EQ(KelTmf::BlockFlagFreeze | KelTmf::BlockFlagCompress, index.records[blocks[i]].flags);
+    EXPECT_EQ(nullptr, index.blocks[blocks[i]].data);  // memory released
+  }
+  // The block the last dataset started has no flags until the save.
+  EXPECT_FALSE(index.records[blocks[2]].frozen);
+  EXPECT_EQ(0, index.records[blocks[2]].flags);
+  tree.Save(tree.GetFile(), "");
+  EXPECT_EQ(KelTmf::BlockFlagCompress, index.records[blocks[2]].flags);
+}
+
+TEST(HeavyDataTest, RefusesDatasetsOf4GiB) {
+  KelDov::Tree tree;
+  const std::uint32_t one = 1;
+  try {
+    tree.WriteStreamDataset(&one, std::uint64_t(1) << 30, 1);  // never read
+    FAIL() << "no exception";
+  } catch (const Kel::Util::Exception& e) {
+    EXPECT_EQ(1, e.GetCode());
+    EXPECT_STREQ("Dataset too large: 4 GiB or more cannot be stored", e.GetDescription());
+  }
+  EXPECT_FALSE(HasStream(tree.GetFile().index, "Heavy Data"));
+}
+
+TEST(HeavyDataTest, ProgressIsLogged) {
+  const std::string log = TempPath("heavy-save.log");
+  Kel::Dov::logTraceToFile(log.c_str());
+  const std::string path = TempPath("heavy-save.dov");
+  KelDov::Tree tree;
+  tree.SetStreamFile(path, true);
+  tree.WriteStreamDataset(std::vector<float>{1, 2, 3}, 3);
+  tree.Save(tree.GetFile(), "");
+
+  std::ifstream in(log);
+  const std::string text((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
+  for (const std::string& line :
+       {"@ Setting dov file \"" + path + "\"\n",
+        std::string("@ Writing Dataset of size 3 width 3 datatype size 4\n"),
+        std::string("@ Saving global information ...\n"), std::string("@ Global information saved.\n"),
+        std::string("@ Saving dov tree ... \n"), std::string("@ Dov tree saved. \n")})
+    EXPECT_NE(std::string::npos, text.find(line)) << line;
+}
+
+}  // namespace
