@@ -78,9 +78,91 @@ class ObjectManager : public KelDov::Tree {
     objects[index].properties[key] = boost::any(std::forward<T>(value));
   }
 
-  // Setters of the scene interface; each validates its identifiers first,
-  // all of them, in argument order.
-  // (declared by the recording side; see the implementation files)
+  // ---- Setters of the scene interface ---------------------------------------
+  // Each validates all its identifiers first, in argument order, so that a
+  // bad one fails the call before anything has changed. Values of the
+  // template forms become their value text (ValueText.h) where they are kept.
+
+  // Text attributes and arrays.
+  template <class T>
+  void setProperty(const Identifier& object, const char* key, const T& value);
+  // Copies count x "Dimension" elements (the dimension in force now).
+  template <class T>
+  void setValues(const Identifier& array, const T* values, std::uint64_t count);
+  void setDimension(const Identifier& object, unsigned char dimension);
+
+  // Appearance and transformations.
+  void setColor(const Identifier& object, ColorType type, const float& red, const float& green,
+                const float& blue, const float& alpha);
+  void setColor(const Identifier& object, ColorType type, const float* rgba, bool hasAlpha);
+  void setAmbientIntensity(const Identifier& object, float intensity);
+  void setTranslation(const Identifier& object, float x, float y, float z);
+  void setRotation(const Identifier& object, float a, float b, float c, float d);
+  void setScale(const Identifier& object, float x, float y, float z);
+  void setVisibility(const Identifier& object, bool visible);
+  void setMeshType(const Identifier& object, MeshType type);
+  void setRandomColors(const Identifier& object);
+
+  // Mesh data: plain links on the mesh, or recorded per instance value.
+  void setCoordinates(const Identifier& mesh, const Identifier& array);
+  void setConnectivity(const Identifier& mesh, const Identifier& array);
+  void setConnectivity(const Identifier& mesh, const Identifier& connectivity,
+                       const Identifier& polylength);
+  void setNodeIndices(const Identifier& mesh, const Identifier& array);
+  void setElementIndices(const Identifier& mesh, const Identifier& array);
+  template <class T>
+  void setCoordinates(const Identifier& mesh, const Identifier& group, const T& value,
+                      const Identifier& array);
+  template <class T>
+  void setConnectivity(const Identifier& mesh, const Identifier& group, const T& value,
+                       const Identifier& array);
+  template <class T>
+  void setConnectivity(const Identifier& mesh, const Identifier& group, const T& value,
+                       const Identifier& connectivity, const Identifier& polylength);
+  template <class T>
+  void setNodeIndices(const Identifier& mesh, const Identifier& group, const T& value,
+                      const Identifier& array);
+  template <class T>
+  void setElementIndices(const Identifier& mesh, const Identifier& group, const T& value,
+                         const Identifier& array);
+
+  // Results, element sets, components, materials, application information.
+  void setResult(const Identifier& mesh, const char* name, const Identifier& array);
+  void setResult(const Identifier& mesh, const char* name, VariableType type,
+                 const Identifier& array);
+  template <class T>
+  void setResult(const Identifier& mesh, const Identifier& group, const T& value,
+                 const char* name, const Identifier& array);
+  template <class T>
+  void setResult(const Identifier& mesh, const Identifier& group, const T& value,
+                 const char* name, VariableType type, const Identifier& array);
+  void addElementSet(const Identifier& mesh, const Identifier& set);
+  template <class T>
+  void addElementSet(const Identifier& mesh, const Identifier& group, const T& value,
+                     const Identifier& set);
+  template <class T>
+  void addElementSet(const Identifier& mesh, const Identifier& group, const T& value,
+                     const char* name, const Identifier& set);
+  std::uint64_t addComponent(const Identifier& parent, const Identifier& child);
+  std::uint64_t addComponent(const Identifier& parent, const Identifier& child,
+                             const Identifier& transformation);
+  void removeComponent(const Identifier& parent, const std::uint64_t& component);
+  void setMaterial(const Identifier& object, const Identifier& material);
+  template <class T>
+  void setApplicationInfo(const char* name, const T& value);
+
+  // The recording step: enters `value` under `name` on the instance group and
+  // links the array (or set) object to it. Indices are validated already.
+  template <class T>
+  void recordResult(std::uint64_t mesh, std::uint64_t group, const T& value,
+                    const std::string& name, std::uint64_t array);
+  template <class T>
+  void recordElementSet(std::uint64_t mesh, std::uint64_t group, const T& value,
+                        const std::string& name, std::uint64_t set);
+
+  // Property keys under which the recording step keeps its lists.
+  static constexpr char ResultKeyMark = '\x1E';
+  static constexpr char ElementSetKeyMark = '\x1D';
 
   // ---- File binding and closing --------------------------------------------
   // Opens the file and writes its head. Refused (code 19) once a closeFile()
