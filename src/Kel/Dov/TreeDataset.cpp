@@ -46,7 +46,8 @@ std::uint64_t Tree::PutDataset(const Values& values, std::uint64_t count, std::u
           "Writing Dataset of size " << count << " width " << static_cast<unsigned>(width)
                                      << " datatype size " << 4);
   if (count >= DatasetByteLimit / 4)
-    KEL_RAISE(11, "Dataset of 4 GiB or more cannot be stored", WriteStreamDatasetMethod);
+    KEL_RAISE(1, "Dataset too large: 4 GiB or more cannot be stored",
+              WriteStreamDatasetMethod);
   KelTmf::Index& index = file.index;
   const std::uint64_t offset = index.GetStreamLength(HeavyDataStream);
   // Flags reach only the blocks that exist now; a block that this put
