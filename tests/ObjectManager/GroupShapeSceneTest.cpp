@@ -178,7 +178,8 @@ TEST(GroupShapeScene, ShapesDrawThreeRandomsEachAndTakeTheComponentsDiffuse) {
   const DovReader::MaterialContent& empty = *model.record(4).material;
   EXPECT_EQ(std::vector<float>(empty.diffuse, empty.diffuse + 4), expected);
   // Every scene starts the sequence again.
-  const DovReader::MaterialContent& again = *ReadModel(second).record(4).material;
+  const ReadModel secondModel(second);
+  const DovReader::MaterialContent& again = *secondModel.record(4).material;
   EXPECT_EQ(std::vector<float>(again.diffuse, again.diffuse + 4), expected);
 }
 
