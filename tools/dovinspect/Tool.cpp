@@ -2,7 +2,7 @@
 #include <new>
 
 #include "Commands.h"
-#include "Reading.h"
+#include "Failure.h"
 
 namespace DovInspect {
 
