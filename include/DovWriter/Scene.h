@@ -1,6 +1,7 @@
 #ifndef DOVWRITER_SCENE_H
 #define DOVWRITER_SCENE_H
 
+#include <cstddef>
 #include <cstdint>
 
 #include "Export.h"
@@ -51,6 +52,11 @@ class DOVWRITER_API Scene_V0 {
   // Stores a text attribute (the value's text) under a key of the host's.
   template <class T>
   void setProperty(const Identifier& object, const char* key, const T& value);
+  // A string literal is a text value (without this, T would be an array).
+  template <std::size_t N>
+  void setProperty(const Identifier& object, const char* key, const char (&value)[N]) {
+    setProperty<const char*>(object, key, value);
+  }
 
  protected:
   ObjectManager* manager;
@@ -139,6 +145,57 @@ class DOVWRITER_API Scene_V1 : public Scene_V0 {
   void setMaterial(const Identifier& object, const Identifier& material);
   template <class T>
   void setApplicationInfo(const char* name, const T& value);
+
+  // String literals as instance values or versions are text values.
+  template <std::size_t N>
+  void setCoordinates(const Identifier& mesh, const Identifier& group, const char (&value)[N],
+                      const Identifier& array) {
+    setCoordinates<const char*>(mesh, group, value, array);
+  }
+  template <std::size_t N>
+  void setConnectivity(const Identifier& mesh, const Identifier& group, const char (&value)[N],
+                       const Identifier& array) {
+    setConnectivity<const char*>(mesh, group, value, array);
+  }
+  template <std::size_t N>
+  void setConnectivity(const Identifier& mesh, const Identifier& group, const char (&value)[N],
+                       const Identifier& connectivity, const Identifier& polylength) {
+    setConnectivity<const char*>(mesh, group, value, connectivity, polylength);
+  }
+  template <std::size_t N>
+  void setNodeIndices(const Identifier& mesh, const Identifier& group, const char (&value)[N],
+                      const Identifier& array) {
+    setNodeIndices<const char*>(mesh, group, value, array);
+  }
+  template <std::size_t N>
+  void setElementIndices(const Identifier& mesh, const Identifier& group,
+                         const char (&value)[N], const Identifier& array) {
+    setElementIndices<const char*>(mesh, group, value, array);
+  }
+  template <std::size_t N>
+  void setResult(const Identifier& mesh, const Identifier& group, const char (&value)[N],
+                 const char* name, const Identifier& array) {
+    setResult<const char*>(mesh, group, value, name, array);
+  }
+  template <std::size_t N>
+  void setResult(const Identifier& mesh, const Identifier& group, const char (&value)[N],
+                 const char* name, VariableType type, const Identifier& array) {
+    setResult<const char*>(mesh, group, value, name, type, array);
+  }
+  template <std::size_t N>
+  void addElementSet(const Identifier& mesh, const Identifier& group, const char (&value)[N],
+                     const Identifier& set) {
+    addElementSet<const char*>(mesh, group, value, set);
+  }
+  template <std::size_t N>
+  void addElementSet(const Identifier& mesh, const Identifier& group, const char (&value)[N],
+                     const char* name, const Identifier& set) {
+    addElementSet<const char*>(mesh, group, value, name, set);
+  }
+  template <std::size_t N>
+  void setApplicationInfo(const char* name, const char (&value)[N]) {
+    setApplicationInfo<const char*>(name, value);
+  }
 };
 
 }  // namespace Dov

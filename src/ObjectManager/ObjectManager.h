@@ -10,6 +10,7 @@
 #include <boost/any.hpp>
 #include <cstdint>
 #include <map>
+#include <memory>
 #include <string>
 #include <utility>
 #include <vector>
@@ -20,6 +21,9 @@
 
 namespace Kel {
 namespace Dov {
+
+struct Dataset;
+struct MeshFrame;
 
 // Typed values under keys fixed by the library.
 typedef std::map<std::string, boost::any> PropertyMap;
@@ -74,13 +78,100 @@ class ObjectManager : public KelDov::Tree {
     objects[index].properties[key] = boost::any(std::forward<T>(value));
   }
 
-  // Setters of the scene interface; each validates its identifiers first,
-  // all of them, in argument order.
-  // (declared by the recording side; see the implementation files)
+  // ---- Setters of the scene interface ---------------------------------------
+  // Each validates all its identifiers first, in argument order, so that a
+  // bad one fails the call before anything has changed. Values of the
+  // template forms become their value text (ValueText.h) where they are kept.
+
+  // Text attributes and arrays.
+  template <class T>
+  void setProperty(const Identifier& object, const char* key, const T& value);
+  // Copies count x "Dimension" elements (the dimension in force now).
+  template <class T>
+  void setValues(const Identifier& array, const T* values, std::uint64_t count);
+  void setDimension(const Identifier& object, unsigned char dimension);
+
+  // Appearance and transformations.
+  void setColor(const Identifier& object, ColorType type, const float& red, const float& green,
+                const float& blue, const float& alpha);
+  void setColor(const Identifier& object, ColorType type, const float* rgba, bool hasAlpha);
+  void setAmbientIntensity(const Identifier& object, float intensity);
+  void setTranslation(const Identifier& object, float x, float y, float z);
+  void setRotation(const Identifier& object, float a, float b, float c, float d);
+  void setScale(const Identifier& object, float x, float y, float z);
+  void setVisibility(const Identifier& object, bool visible);
+  void setMeshType(const Identifier& object, MeshType type);
+  void setRandomColors(const Identifier& object);
+
+  // Mesh data: plain links on the mesh, or recorded per instance value.
+  void setCoordinates(const Identifier& mesh, const Identifier& array);
+  void setConnectivity(const Identifier& mesh, const Identifier& array);
+  void setConnectivity(const Identifier& mesh, const Identifier& connectivity,
+                       const Identifier& polylength);
+  void setNodeIndices(const Identifier& mesh, const Identifier& array);
+  void setElementIndices(const Identifier& mesh, const Identifier& array);
+  template <class T>
+  void setCoordinates(const Identifier& mesh, const Identifier& group, const T& value,
+                      const Identifier& array);
+  template <class T>
+  void setConnectivity(const Identifier& mesh, const Identifier& group, const T& value,
+                       const Identifier& array);
+  template <class T>
+  void setConnectivity(const Identifier& mesh, const Identifier& group, const T& value,
+                       const Identifier& connectivity, const Identifier& polylength);
+  template <class T>
+  void setNodeIndices(const Identifier& mesh, const Identifier& group, const T& value,
+                      const Identifier& array);
+  template <class T>
+  void setElementIndices(const Identifier& mesh, const Identifier& group, const T& value,
+                         const Identifier& array);
+
+  // Results, element sets, components, materials, application information.
+  void setResult(const Identifier& mesh, const char* name, const Identifier& array);
+  void setResult(const Identifier& mesh, const char* name, VariableType type,
+                 const Identifier& array);
+  template <class T>
+  void setResult(const Identifier& mesh, const Identifier& group, const T& value,
+                 const char* name, const Identifier& array);
+  template <class T>
+  void setResult(const Identifier& mesh, const Identifier& group, const T& value,
+                 const char* name, VariableType type, const Identifier& array);
+  void addElementSet(const Identifier& mesh, const Identifier& set);
+  template <class T>
+  void addElementSet(const Identifier& mesh, const Identifier& group, const T& value,
+                     const Identifier& set);
+  template <class T>
+  void addElementSet(const Identifier& mesh, const Identifier& group, const T& value,
+                     const char* name, const Identifier& set);
+  std::uint64_t addComponent(const Identifier& parent, const Identifier& child);
+  std::uint64_t addComponent(const Identifier& parent, const Identifier& child,
+                             const Identifier& transformation);
+  void removeComponent(const Identifier& parent, const std::uint64_t& component);
+  void setMaterial(const Identifier& object, const Identifier& material);
+  template <class T>
+  void setApplicationInfo(const char* name, const T& value);
+
+  // The recording step: enters `value` under `name` on the instance group and
+  // links the array (or set) object to it. Indices are validated already.
+  template <class T>
+  void recordResult(std::uint64_t mesh, std::uint64_t group, const T& value,
+                    const std::string& name, std::uint64_t array);
+  template <class T>
+  void recordElementSet(std::uint64_t mesh, std::uint64_t group, const T& value,
+                        const std::string& name, std::uint64_t set);
+
+  // Property keys under which the recording step keeps its lists.
+  static constexpr char ResultKeyMark = '\x1E';
+  static constexpr char ElementSetKeyMark = '\x1D';
 
   // ---- File binding and closing --------------------------------------------
+  // Opens the file and writes its head. Refused (code 19) once a closeFile()
+  // has started building, since the tree could not be built twice.
   void saveTo(const char* path, bool overwrite);
   void createDefaultViews(const Identifier& root);
+  // Builds the tree from the root and finishes the file, if `path` is the
+  // stored file name byte for byte; otherwise does nothing. Host errors in
+  // what the walk would reach are refused before any dataset is written.
   void closeFile(const std::string& path);
 
   // ---- Tree construction ---------------------------------------------------
@@ -89,6 +180,64 @@ class ObjectManager : public KelDov::Tree {
   void writeShape(std::uint64_t index);
   void writeGeometry(std::uint64_t index);
   void writeMesh(std::uint64_t index);
+
+ private:
+  // Where the scene stands with its file. Bound after a successful saveTo();
+  // Building from the start of the walk until the file is saved, and stays
+  // so if construction failed half way.
+  enum class FileState { Unbound, Bound, Building, Finished };
+  FileState fileState = FileState::Unbound;
+
+  void refuseCloseInState() const;
+  // The validation pass: raises code 18 for the first host error found in
+  // the part of the table that the walk from `root` reaches.
+  void checkSceneForClose() const;
+
+  // Adds a child of the current entry holding `node` and makes it current.
+  template <class NodeType>
+  NodeType* addChildNode(std::unique_ptr<NodeType> node) {
+    AddNode();
+    NodeType* held = node.release();
+    GetCurrentNode().value = held;
+    return held;
+  }
+
+  // Reads with the defaults of the builders; a value of another type counts
+  // as absent.
+  bool readFlag(std::uint64_t index, const std::string& key, bool fallback);
+  std::uint64_t readLink(std::uint64_t index, const std::string& key);
+  LinkList readLinks(std::uint64_t index, const std::string& key);
+  std::uint8_t readDimension(std::uint64_t index);
+  // "Array" of an array object; empty for NoObject or another element type.
+  const std::vector<float>& readFloatArray(std::uint64_t index);
+  const std::vector<std::uint32_t>& readIndexArray(std::uint64_t index);
+
+  void addTransformationGroup(std::uint64_t transformation);
+  void applySetColours(std::uint64_t set, KelDov::Material& material);
+
+  // The variable `name` on the geometry of the current entry. Writes the
+  // dataset, unless `target` names the variable that holds it already: then
+  // the new variable becomes a link to that one.
+  KelDov::VariableRef addVariableOrLink(const std::string& name, KelDov::Geometry::VariableType type,
+                                        const Dataset& values, const KelDov::AttributeMap& attributes,
+                                        const KelDov::VariableRef* target);
+  // Shared across the whole scene by source array object.
+  void addSharedVariable(const std::string& name, KelDov::Geometry::VariableType type,
+                         const Dataset& values, std::uint64_t source);
+  // Shared among the element sets of one mesh object, by key.
+  void addMeshVariable(MeshFrame& mesh, const std::string& key, const std::string& name,
+                       KelDov::Geometry::VariableType type, const Dataset& values,
+                       const KelDov::AttributeMap& attributes = KelDov::AttributeMap());
+
+  void readMeshFrame(std::uint64_t index, MeshFrame& mesh);
+  void readInstanceGroup(MeshFrame& mesh);
+  void writeElementSet(MeshFrame& mesh, std::uint64_t set);
+  void addInstanceValueVariables(MeshFrame& mesh, std::uint64_t set,
+                                 const std::vector<float>& nodeIdValues);
+  // "Array", "Dimension" and "Variable Type" of one per-value array object.
+  Dataset readValueArray(std::uint64_t array, KelDov::Geometry::VariableType& type);
+  std::map<std::string, std::vector<std::uint32_t>> cutPerValue(const MeshFrame& mesh,
+                                                                const std::string& setName);
 
  protected:
   std::string sceneTitle;

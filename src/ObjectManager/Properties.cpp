@@ -1,0 +1,55 @@
+// Text attributes, arrays and their width.
+
+#include <cstring>
+#include <stdexcept>
+#include <vector>
+
+#include "Kel/Util/Raise.h"
+#include "ObjectManager/ElementTypes.h"
+#include "ObjectManager/ObjectManager.h"
+#include "ObjectManager/SetterSupport.h"
+#include "ObjectManager/ValueText.h"
+
+namespace Kel {
+namespace Dov {
+
+template <class T>
+void ObjectManager::setProperty(const Identifier& object, const char* key, const T& value) {
+  validate(object);
+  const char* const method = "Kel::Dov::ObjectManager::setProperty";
+  const std::string name = RequireText(key, method);
+  objects[object.second].attributes[name] = TextAttribute(RequireValueText(value, method));
+}
+
+void ObjectManager::setDimension(const Identifier& object, unsigned char dimension) {
+  validate(object);
+  storeProperty(object.second, "Dimension", dimension);
+}
+
+template <class T>
+void ObjectManager::setValues(const Identifier& array, const T* values, std::uint64_t count) {
+  validate(array);
+  // The width in force now decides how many elements are read; a later
+  // setDimension does not reshape what is stored.
+  const unsigned char* width = readProperty<unsigned char>(array.second, "Dimension", 1);
+  const std::uint64_t elements = count * (width != nullptr ? *width : 1);
+  std::vector<T> copy;
+  if (elements > copy.max_size()) throw std::length_error("vector<T> too long");
+  if (elements != 0 && values == nullptr)
+    KEL_RAISE(16, "Null array pointer with a non-zero count",
+              "Kel::Dov::ObjectManager::setValues");
+  copy.resize(static_cast<std::size_t>(elements));
+  if (elements != 0) std::memcpy(copy.data(), values, copy.size() * sizeof(T));
+  storeProperty(array.second, "Array", std::move(copy));
+}
+
+#define DOVWRITER_INSTANTIATE_SET_PROPERTY(T) \
+  template void ObjectManager::setProperty<T>(const Identifier&, const char*, T const&);
+DOVWRITER_FOR_EACH_SHARED_VALUE_TYPE(DOVWRITER_INSTANTIATE_SET_PROPERTY)
+
+#define DOVWRITER_INSTANTIATE_SET_VALUES(T) \
+  template void ObjectManager::setValues<T>(const Identifier&, T const*, std::uint64_t);
+DOVWRITER_FOR_EACH_SHARED_ARRAY_TYPE(DOVWRITER_INSTANTIATE_SET_VALUES)
+
+}  // namespace Dov
+}  // namespace Kel
