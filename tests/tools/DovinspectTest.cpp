@@ -62,7 +62,9 @@ TEST(Dovinspect, HelpAndUsageErrors) {
     EXPECT_EQ(run.status, c.status) << c.args[0];
     EXPECT_TRUE(Contains(run.err, c.message)) << run.err;
     EXPECT_TRUE(run.out.empty()) << run.out;
-    if (c.status == 1) EXPECT_EQ(Lines(run.err), 1) << run.err;
+    if (c.status == 1) {
+      EXPECT_EQ(Lines(run.err), 1) << run.err;
+    }
   }
 }
 
@@ -115,7 +117,7 @@ TEST(Dovinspect, ExportOpensInVtk) {
 
   std::vector<std::string> paths;
   for (const char* name : {"000_Left_t000.vtu", "000_Left_t002.vtu", "002_All_t001.vtu",
-                           "003_Bolt_body.vtu", "model.pvd"}) {
+                           "003_Bolt.vtu", "model.pvd"}) {
     paths.push_back(out + "/" + name);
   }
   auto files = ToolTest::ReadWithVtk(paths);
@@ -147,8 +149,8 @@ TEST(Dovinspect, ExportOpensInVtk) {
   const std::vector<std::string>& sets = files[paths[4]].dataSets;
   ASSERT_EQ(sets.size(), 12u);  // four parts at three times
   EXPECT_EQ(sets[0], "0.5 0 000_Left_t000.vtu");
-  EXPECT_EQ(sets[3], "0.5 3 003_Bolt_body.vtu");
-  EXPECT_EQ(sets[11], "2 3 003_Bolt_body.vtu");
+  EXPECT_EQ(sets[3], "0.5 3 003_Bolt.vtu");
+  EXPECT_EQ(sets[11], "2 3 003_Bolt.vtu");
   for (const std::string& set : sets) {
     EXPECT_TRUE(std::filesystem::exists(out + "/" + set.substr(set.rfind(' ') + 1))) << set;
   }
@@ -160,7 +162,7 @@ TEST(Dovinspect, ExportAsSolidsWithRawData) {
   ProcessResult run =
       Tool({"export", ModelPath(), out, "--cells=solid", "--raw", "--name", "solid.pvd"});
   ASSERT_EQ(run.status, 0) << run.err;
-  std::string bolt = out + "/003_Bolt_body.vtu";
+  std::string bolt = out + "/003_Bolt.vtu";
   std::string right = out + "/001_Right_t001.vtu";
   auto files = ToolTest::ReadWithVtk({bolt, right, out + "/solid.pvd"});
   EXPECT_EQ(files[bolt].cellTypes, (std::vector<long>{12}));

@@ -9,7 +9,8 @@
 //   (cells 1, 2, hidden) and "All" (cells 0 1 2); instance group "Time" with
 //   the values 0.5, 1 and 2, and per value the results "Temperature" (per
 //   node), "Damage" (per cell of the whole mesh) and "Displacement" (vector).
-//   shape "Bolt", moved by (10, 0, 0): a geometry of one 8-node cell.
+//   shape "Bolt", moved by (10, 0, 0): a geometry of one 8-node cell, which
+//   takes the shape's name.
 
 #include <cstdint>
 #include <string>

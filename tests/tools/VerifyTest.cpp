@@ -44,7 +44,8 @@ int Verify(const std::string& path, std::string* out = nullptr) {
 
 DovReader::BlockInfo FindBlock(const std::string& path,
                                const std::function<bool(const DovReader::BlockInfo&)>& match) {
-  for (const DovReader::BlockInfo& block : DovReader::Container::Open(path).Blocks()) {
+  const DovReader::Container container = DovReader::Container::Open(path);
+  for (const DovReader::BlockInfo& block : container.Blocks()) {
     if (match(block)) return block;
   }
   ADD_FAILURE() << "no such block in " << path;

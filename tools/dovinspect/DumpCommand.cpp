@@ -52,10 +52,10 @@ void PrintWord(std::uint32_t word, std::uint8_t dataType, std::ostream& out) {
 }
 
 int RunDump(const CommandLine& line, std::ostream& out, std::ostream& err) {
+  std::uint64_t limit = line.Number("--limit", UINT64_MAX);
   ModelFile model(line.positional[0]);
   GeometryInfo geometry = OneGeometry(model, line.positional[1]);
   const VariableInfo& variable = OneVariable(geometry, line.positional[2]);
-  std::uint64_t limit = line.Number("--limit", UINT64_MAX);
   std::vector<std::uint32_t> words = model.Words(geometry.entryId, variable.index);
   std::size_t width = variable.width == 0 ? 1 : variable.width;
   std::uint64_t tuples = (words.size() + width - 1) / width;

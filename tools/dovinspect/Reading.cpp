@@ -28,7 +28,8 @@ VariableInfo Describe(const DovReader::Scene& scene, std::uint32_t entryId, std:
 ModelFile::ModelFile(const std::string& path)
     : path_(path),
       container_(DovReader::Container::Open(path)),
-      scene_(DovReader::Scene::Read(container_)) {}
+      scene_(DovReader::Scene::Read(container_)),
+      heavy_(container_, path) {}
 
 std::string ModelFile::PathOf(std::uint32_t entryId) const {
   std::string path;
@@ -64,7 +65,13 @@ std::vector<GeometryInfo> ModelFile::Geometries() const {
 }
 
 std::vector<std::uint32_t> ModelFile::Words(std::uint32_t entryId, std::size_t variableIndex) {
-  return scene_.ReadValues(entryId, static_cast<std::uint32_t>(variableIndex));
+  const DovReader::Variable& holder =
+      scene_.ResolveVariable(entryId, static_cast<std::uint32_t>(variableIndex));
+  if (holder.byteSize % 4 != 0) {
+    throw ToolError("variable '" + holder.name + "' has a byte size that is no multiple of 4");
+  }
+  std::vector<unsigned char> bytes = heavy_.Range(holder.offset, holder.byteSize);
+  return DovReader::DecodeDataset(bytes.data(), holder.byteSize, holder.width);
 }
 
 std::vector<GeometryInfo> SelectGeometries(const std::vector<GeometryInfo>& all,

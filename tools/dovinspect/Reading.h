@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "HeavyData.h"
 #include "Model.h"
 #include "reader/Container.h"
 #include "reader/Scene.h"
@@ -36,6 +37,7 @@ class ModelFile : public ValueSource {
   std::string path_;
   DovReader::Container container_;
   DovReader::Scene scene_;
+  HeavyData heavy_;
 };
 
 // The geometries that `selector` names: "#<entry id>", a path, or a path
