@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 #include <sys/wait.h>
+#include <unistd.h>
 
 #include <cstdlib>
 #include <filesystem>
@@ -76,7 +77,9 @@ void WriteFile(const std::string& path, const std::string& bytes) {
 
 ProcessResult RunProcess(const std::vector<std::string>& arguments) {
   static int counter = 0;
-  std::string capture = ScratchDir("capture-" + std::to_string(++counter));
+  // Tests run as parallel processes: the process id keeps their captures apart.
+  std::string capture =
+      ScratchDir("capture-" + std::to_string(getpid()) + "-" + std::to_string(++counter));
   std::string command;
   for (const std::string& argument : arguments) command += ShellQuote(argument) + " ";
   command += ">" + ShellQuote(capture + "/out") + " 2>" + ShellQuote(capture + "/err");
@@ -85,6 +88,7 @@ ProcessResult RunProcess(const std::vector<std::string>& arguments) {
   result.status = WIFEXITED(raw) ? WEXITSTATUS(raw) : -1;
   result.out = ReadFile(capture + "/out");
   result.err = ReadFile(capture + "/err");
+  std::filesystem::remove_all(capture);
   return result;
 }
 
