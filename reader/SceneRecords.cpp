@@ -189,7 +189,9 @@ std::vector<Variable> ReadGeometry(const std::string& version, SceneCursor& ligh
   if (version == "0.5") light.Fail("geometry version 0.5 is not supported");
   const bool linkedLayout = version == "0.6" || version == "0.7";
   // The smallest variable record: a linked one with an empty name.
-  const std::uint32_t minRecord = linkedLayout ? 18 : 4 + 4 + 16 + 1 + 8;
+  // (The old layout: name, type, array description and vibration take 25
+  // bytes, the offset 8.)
+  const std::uint32_t minRecord = linkedLayout ? 18 : 25 + 8;
   const std::uint32_t count = light.Count(minRecord);
   std::vector<Variable> variables;
   for (std::uint32_t i = 0; i < count; ++i)

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cctype>
 #include <map>
 
 #include "Kel/Util/Coding.h"
@@ -180,6 +181,21 @@ void ExpectSameVariables(const Geometry& geometry, const std::vector<DovReader::
   }
 }
 
+// "Wed Mar 05 14:07:09 2025 " and a time zone name of the platform's.
+bool LooksLikeCreationDate(const std::string& text) {
+  const std::string pattern = "Aaa Aaa 00 00:00:00 0000 ";
+  if (text.size() < pattern.size()) return false;
+  for (std::size_t i = 0; i < pattern.size(); ++i) {
+    const char p = pattern[i], c = text[i];
+    const bool ok = p == 'A' ? std::isupper(static_cast<unsigned char>(c)) != 0
+                    : p == 'a' ? std::islower(static_cast<unsigned char>(c)) != 0
+                    : p == '0' ? std::isdigit(static_cast<unsigned char>(c)) != 0
+                               : c == p;
+    if (!ok) return false;
+  }
+  return true;
+}
+
 TEST(SceneReadTest, EverythingWrittenComesBack) {
   SavedScene saved("scene-roundtrip.dov");
   const DovReader::Container container = DovReader::Container::Open(saved.path);
@@ -193,6 +209,7 @@ TEST(SceneReadTest, EverythingWrittenComesBack) {
   EXPECT_EQ("1.1", info.formatVersion);
   EXPECT_EQ(42u + info.creationDate.size() + 10 + 1, info.size);
   EXPECT_TRUE(info.computerName.empty() && info.userName.empty() && info.comment.empty());
+  EXPECT_TRUE(LooksLikeCreationDate(info.creationDate)) << info.creationDate;
 
   ASSERT_EQ(saved.tree.size(), scene.Records().size());
   auto entry = saved.tree.begin();

@@ -5,8 +5,6 @@
 // a test lays down by hand.
 
 #include <cstdint>
-#include <cstdlib>
-#include <filesystem>
 #include <string>
 #include <utility>
 #include <vector>
@@ -14,21 +12,13 @@
 #include "Kel/Dov/Tree.h"
 #include "reader/Container.h"
 #include "reader/Scene.h"
+#include "../Kel/Dov/StreamBytes.h"
 
 namespace SceneTest {
 
-typedef std::vector<unsigned char> Bytes;
+using DovTest::Bytes;
+using DovTest::TempPath;
 typedef std::vector<std::pair<std::string, Bytes>> Streams;
-
-// A fresh path for a file that a test writes; `name` is unique per test.
-inline std::string TempPath(const std::string& name) {
-  const char* dir = std::getenv("DOVWRITER_TEST_TMP");
-  const std::filesystem::path base = dir ? dir : "/tmp/dovwriter-tests";
-  std::filesystem::create_directories(base);
-  const std::filesystem::path path = base / name;
-  std::filesystem::remove(path);
-  return path.string();
-}
 
 // Every stream of a file, in the order of their first blocks.
 inline Streams ReadAllStreams(const std::string& path) {
