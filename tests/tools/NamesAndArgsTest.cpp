@@ -1,11 +1,9 @@
-// Value names, time steps, the collection file and command-line parsing.
+// Value names, time steps and command-line parsing.
 
 #include <gtest/gtest.h>
 
-#include <sstream>
 
 #include "Cli.h"
-#include "Pvd.h"
 #include "ValueNames.h"
 
 namespace DovInspect {
@@ -57,16 +55,6 @@ TEST(ValueNames, NumbersPrintShortestExactly) {
   EXPECT_EQ(FormatNumber(0.1), "0.1");
   EXPECT_EQ(FormatNumber(3), "3");
   EXPECT_EQ(std::stod(FormatNumber(1.0 / 3)), 1.0 / 3);
-}
-
-TEST(Pvd, ListsDataSetsWithSafeTextAndComments) {
-  std::ostringstream out;
-  WritePvd(out, {{0.5, 0, "a&b.vtu"}, {2, 1, "c.vtu"}}, {"time 0 is --load"});
-  std::string text = out.str();
-  EXPECT_NE(text.find("<DataSet timestep=\"0.5\" group=\"\" part=\"0\" file=\"a&amp;b.vtu\"/>"),
-            std::string::npos);
-  EXPECT_NE(text.find("timestep=\"2\" group=\"\" part=\"1\""), std::string::npos);
-  EXPECT_NE(text.find("<!-- time 0 is - -load -->"), std::string::npos);
 }
 
 TEST(Cli, ParsesOptionsInBothFormsAndPositionals) {

@@ -54,12 +54,25 @@ void AddRecord(VtkFileSummary& summary, const std::vector<std::string>& f) {
 
 }  // namespace
 
+// Each test runs as a process of its own, in parallel with the others: a
+// directory carries the process id, and goes when the process ends.
+class ScratchDirs {
+ public:
+  ~ScratchDirs() {
+    std::error_code ignored;
+    for (const std::string& dir : dirs) std::filesystem::remove_all(dir, ignored);
+  }
+  std::vector<std::string> dirs;
+};
+
 std::string ScratchDir(const std::string& name) {
+  static ScratchDirs created;
   const char* base = std::getenv("DOVWRITER_TEST_TMP");
   std::filesystem::path dir = base ? base : "/tmp/dovwriter-tests";
-  dir /= "tools-" + name;
+  dir /= "tools-" + name + "-" + std::to_string(getpid());
   std::filesystem::remove_all(dir);
   std::filesystem::create_directories(dir);
+  created.dirs.push_back(dir.string());
   return dir.string();
 }
 
@@ -77,9 +90,7 @@ void WriteFile(const std::string& path, const std::string& bytes) {
 
 ProcessResult RunProcess(const std::vector<std::string>& arguments) {
   static int counter = 0;
-  // Tests run as parallel processes: the process id keeps their captures apart.
-  std::string capture =
-      ScratchDir("capture-" + std::to_string(getpid()) + "-" + std::to_string(++counter));
+  std::string capture = ScratchDir("capture-" + std::to_string(++counter));
   std::string command;
   for (const std::string& argument : arguments) command += ShellQuote(argument) + " ";
   command += ">" + ShellQuote(capture + "/out") + " 2>" + ShellQuote(capture + "/err");

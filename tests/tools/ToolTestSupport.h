@@ -10,7 +10,8 @@
 
 namespace ToolTest {
 
-// A fresh, empty directory for one test, under DOVWRITER_TEST_TMP.
+// A fresh, empty directory under DOVWRITER_TEST_TMP, removed when the test
+// process ends.
 std::string ScratchDir(const std::string& name);
 
 std::string ReadFile(const std::string& path);
