@@ -39,8 +39,7 @@ TEST(CellTypes, NodeCountAndConnectivityTypeChooseTheCell) {
 
 TEST(CellTypes, LayoutFollowsPolylength) {
   std::vector<std::uint32_t> connectivity = {0, 1, 2, 2, 3, 4, 5, 5, 6, 7};
-  CellLayout layout = BuildCells(connectivity, {3, 4, 3}, kCellConnectivity, 8,
-                                 CellStyle::Surface);
+  CellLayout layout = BuildCells(connectivity, {3, 4, 3}, kCellConnectivity, 8, CellStyle::Surface);
   EXPECT_EQ(layout.offsets, (std::vector<std::int64_t>{3, 7, 10}));
   EXPECT_EQ(layout.types, (std::vector<std::uint8_t>{kVtkTriangle, kVtkQuad, kVtkTriangle}));
   EXPECT_EQ(layout.usedNodes, 10u);

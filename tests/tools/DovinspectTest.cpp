@@ -30,7 +30,9 @@ bool Contains(const std::string& text, const std::string& part) {
   return text.find(part) != std::string::npos;
 }
 
-int Lines(const std::string& text) { return static_cast<int>(std::count(text.begin(), text.end(), '\n')); }
+int Lines(const std::string& text) {
+  return static_cast<int>(std::count(text.begin(), text.end(), '\n'));
+}
 
 TEST(Dovinspect, HelpAndUsageErrors) {
   ProcessResult bare = Tool({});
@@ -98,8 +100,8 @@ TEST(Dovinspect, DumpFollowsLinksAndLimits) {
     ASSERT_EQ(dump.status, 0) << dump.err;
     EXPECT_EQ(dump.out, "0: 100\n1: 101\n2: 102\n3: 103\n4: 104\n5: 105\n") << geometry;
   }
-  ProcessResult limited = Tool({"dump", ModelPath(), "Model/Plate/Left/Left", "Coordinates",
-                                "--limit", "2"});
+  ProcessResult limited =
+      Tool({"dump", ModelPath(), "Model/Plate/Left/Left", "Coordinates", "--limit", "2"});
   ASSERT_EQ(limited.status, 0) << limited.err;
   EXPECT_EQ(limited.out, "0: 0 0 0\n1: 1 0 0\n");
   EXPECT_TRUE(Contains(limited.err, "4 more tuples"));
@@ -128,9 +130,10 @@ TEST(Dovinspect, ExportOpensInVtk) {
   EXPECT_EQ(left.cells, 1);
   EXPECT_EQ(left.cellTypes, (std::vector<long>{9}));
   EXPECT_EQ(left.cellNodes, (std::vector<long>{0, 1, 4, 3}));
-  EXPECT_EQ(left.coordinates,
-            std::vector<double>(ToolTest::kPlateCoordinates.begin(), ToolTest::kPlateCoordinates.end()));
-  EXPECT_EQ(left.pointData.at("Node Ids").values, (std::vector<double>{101, 102, 103, 104, 105, 106}));
+  EXPECT_EQ(left.coordinates, std::vector<double>(ToolTest::kPlateCoordinates.begin(),
+                                                  ToolTest::kPlateCoordinates.end()));
+  EXPECT_EQ(left.pointData.at("Node Ids").values,
+            (std::vector<double>{101, 102, 103, 104, 105, 106}));
   EXPECT_EQ(left.pointData.at("Temperature").values[4], ToolTest::Temperature(0, 4));
   EXPECT_EQ(left.pointData.at("Displacement").components, 3);
   EXPECT_EQ(left.cellData.count("Damage"), 0u);  // three values fit neither 6 points nor 1 cell
@@ -140,7 +143,8 @@ TEST(Dovinspect, ExportOpensInVtk) {
   EXPECT_EQ(all.cells, 3);
   EXPECT_EQ(all.cellTypes, (std::vector<long>{9, 5, 5}));
   EXPECT_EQ(all.cellData.at("Damage").values,
-            (std::vector<double>{ToolTest::Damage(1, 0), ToolTest::Damage(1, 1), ToolTest::Damage(1, 2)}));
+            (std::vector<double>{ToolTest::Damage(1, 0), ToolTest::Damage(1, 1),
+                                 ToolTest::Damage(1, 2)}));
 
   const ToolTest::VtkFileSummary& bolt = files[paths[3]];
   EXPECT_EQ(bolt.points, 8);
@@ -166,8 +170,8 @@ TEST(Dovinspect, ExportAsSolidsWithRawData) {
   std::string right = out + "/001_Right_t001.vtu";
   auto files = ToolTest::ReadWithVtk({bolt, right, out + "/solid.pvd"});
   EXPECT_EQ(files[bolt].cellTypes, (std::vector<long>{12}));
-  EXPECT_EQ(files[bolt].coordinates,
-            std::vector<double>(ToolTest::kBoltCoordinates.begin(), ToolTest::kBoltCoordinates.end()));
+  EXPECT_EQ(files[bolt].coordinates, std::vector<double>(ToolTest::kBoltCoordinates.begin(),
+                                                         ToolTest::kBoltCoordinates.end()));
   EXPECT_EQ(files[right].cellNodes, (std::vector<long>{1, 2, 5, 1, 5, 4}));
   EXPECT_EQ(files[right].pointData.at("Temperature").values[0], ToolTest::Temperature(1, 0));
 }

@@ -2,11 +2,10 @@
 // library does not produce: per-value data without values, inconsistent
 // meshes, results that fit nowhere.
 
+#include <Kel/Util/Coding.h>
 #include <gtest/gtest.h>
 
 #include <map>
-
-#include <Kel/Util/Coding.h>
 
 #include "Export.h"
 #include "ToolTestSupport.h"
@@ -20,7 +19,8 @@ const char RS = '\x1E';
 class FakeModel : public ValueSource {
  public:
   GeometryInfo& AddGeometry(const std::string& name) {
-    geometries.push_back({static_cast<std::uint32_t>(geometries.size() + 2), name, "Root/" + name, {}});
+    geometries.push_back(
+        {static_cast<std::uint32_t>(geometries.size() + 2), name, "Root/" + name, {}});
     return geometries.back();
   }
   void AddFloats(GeometryInfo& g, const std::string& name, std::uint32_t type, std::uint8_t width,

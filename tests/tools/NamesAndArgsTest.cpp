@@ -2,7 +2,6 @@
 
 #include <gtest/gtest.h>
 
-
 #include "Cli.h"
 #include "ValueNames.h"
 

@@ -9,8 +9,7 @@ namespace ToolTest {
 using namespace Kel::Dov;
 
 const float kTimes[3] = {0.5f, 1.0f, 2.0f};
-const std::vector<float> kPlateCoordinates = {0, 0, 0, 1, 0, 0, 2, 0, 0,
-                                              0, 1, 0, 1, 1, 0, 2, 1, 0};
+const std::vector<float> kPlateCoordinates = {0, 0, 0, 1, 0, 0, 2, 0, 0, 0, 1, 0, 1, 1, 0, 2, 1, 0};
 const std::vector<float> kBoltCoordinates = {0, 0, 0, 1, 0, 0, 1, 1, 0, 0, 1, 0,
                                              0, 0, 3, 1, 0, 3, 1, 1, 3, 0, 1, 3};
 
@@ -51,7 +50,8 @@ void AddResults(Scene_V1& scene, const Identifier& plate) {
       displacement.insert(displacement.end(), {0, 0, kTimes[t] * float(node)});
     }
     for (int cell = 0; cell < 3; ++cell) damage.push_back(Damage(t, cell));
-    scene.setResult(plate, time, kTimes[t], "Temperature", ScalarVariable, Array(scene, temperature));
+    scene.setResult(plate, time, kTimes[t], "Temperature", ScalarVariable,
+                    Array(scene, temperature));
     scene.setResult(plate, time, kTimes[t], "Damage", ScalarVariable, Array(scene, damage));
     scene.setResult(plate, time, kTimes[t], "Displacement", VectorVariable,
                     Array(scene, displacement, 3));

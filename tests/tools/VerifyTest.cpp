@@ -1,13 +1,12 @@
 // verify against damaged copies of a good file: every kind of damage must
 // be reported with exit status 1 and one line per violation, never crash.
 
+#include <Kel/Util/Coding.h>
 #include <gtest/gtest.h>
 #include <zlib.h>
 
 #include <functional>
 #include <sstream>
-
-#include <Kel/Util/Coding.h>
 
 #include "Commands.h"
 #include "TestModel.h"
@@ -162,10 +161,10 @@ TEST(Verify, DamagedSceneInSoundContainerIsReported) {
   Bytes moreRecords = PlainOf(good, tree);
   PutU32(moreRecords, 0, GetU32(moreRecords, 0) + 5);
 
-  for (const auto& c : {std::make_pair(std::string("scene-short-heavy"),
-                                       WithBlockContent(file, heavy, shortHeavy)),
-                        std::make_pair(std::string("scene-tree-count"),
-                                       WithBlockContent(file, tree, moreRecords))}) {
+  for (const auto& c :
+       {std::make_pair(std::string("scene-short-heavy"), WithBlockContent(file, heavy, shortHeavy)),
+        std::make_pair(std::string("scene-tree-count"),
+                       WithBlockContent(file, tree, moreRecords))}) {
     std::string path = Damaged(c.first, c.second);
     EXPECT_TRUE(DovReader::Container::Verify(path).empty()) << c.first;
     std::string output;

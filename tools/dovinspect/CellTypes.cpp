@@ -17,20 +17,29 @@ std::uint8_t LineCellType(std::uint32_t nodeCount) {
 
 std::uint8_t SolidCellType(std::uint32_t nodeCount) {
   switch (nodeCount) {
-    case 4: return kVtkTetra;
-    case 5: return kVtkPyramid;
-    case 6: return kVtkWedge;
-    case 8: return kVtkHexahedron;
-    default: return kVtkPolygon;
+    case 4:
+      return kVtkTetra;
+    case 5:
+      return kVtkPyramid;
+    case 6:
+      return kVtkWedge;
+    case 8:
+      return kVtkHexahedron;
+    default:
+      return kVtkPolygon;
   }
 }
 
 std::uint8_t GeneralCellType(std::uint32_t nodeCount, CellStyle style) {
   switch (nodeCount) {
-    case 1: return kVtkVertex;
-    case 2: return kVtkLine;
-    case 3: return kVtkTriangle;
-    default: break;
+    case 1:
+      return kVtkVertex;
+    case 2:
+      return kVtkLine;
+    case 3:
+      return kVtkTriangle;
+    default:
+      break;
   }
   if (style == CellStyle::Solid) return SolidCellType(nodeCount);
   return nodeCount == 4 ? kVtkQuad : kVtkPolygon;
@@ -73,8 +82,8 @@ const char* CellMappingHelp() {
 }
 
 CellLayout BuildCells(const std::vector<std::uint32_t>& connectivity,
-                      const std::vector<std::uint32_t>& polylength,
-                      std::uint32_t connectivityType, std::uint64_t points, CellStyle style) {
+                      const std::vector<std::uint32_t>& polylength, std::uint32_t connectivityType,
+                      std::uint64_t points, CellStyle style) {
   CellLayout layout;
   if (connectivity.empty() && polylength.empty()) {
     layout.offsets.resize(points);

@@ -57,8 +57,8 @@ struct CellLayout {
 // Throws ToolError if the polylength asks for more indices than there are,
 // or if an index lies outside the points.
 CellLayout BuildCells(const std::vector<std::uint32_t>& connectivity,
-                      const std::vector<std::uint32_t>& polylength,
-                      std::uint32_t connectivityType, std::uint64_t points, CellStyle style);
+                      const std::vector<std::uint32_t>& polylength, std::uint32_t connectivityType,
+                      std::uint64_t points, CellStyle style);
 
 }  // namespace DovInspect
 

@@ -1,8 +1,8 @@
 // dump: the values of one variable, one tuple a line.
 
-#include <cstdio>
-
 #include <Kel/Util/Coding.h>
+
+#include <cstdio>
 
 #include "Commands.h"
 #include "Reading.h"
@@ -75,14 +75,19 @@ int RunDump(const CommandLine& line, std::ostream& out, std::ostream& err) {
 
 const Command& DumpCommand() {
   static const Command command{
-      "dump", "Print the values of one variable.", "FILE GEOMETRY VARIABLE [--limit N]",
+      "dump",
+      "Print the values of one variable.",
+      "FILE GEOMETRY VARIABLE [--limit N]",
       "GEOMETRY is \"#ID\" (a tree entry id) or the path of names from the root, as\n"
       "'vars' shows them. VARIABLE is the variable's name, with \\x1E for the byte\n"
       "0x1E of per-value names, or its index. Links are followed and the byte\n"
       "planes of the stored dataset are undone. One tuple (width values) a line,\n"
       "preceded by its index; floats with 9 significant digits.\n\n"
       "Options:\n  --limit N   print at most N tuples\n",
-      {{"--limit", true}}, 3, 3, RunDump};
+      {{"--limit", true}},
+      3,
+      3,
+      RunDump};
   return command;
 }
 

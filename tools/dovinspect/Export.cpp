@@ -1,15 +1,15 @@
 #include "Export.h"
 
+#include <Kel/Util/Coding.h>
+
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
 #include <fstream>
 
-#include <Kel/Util/Coding.h>
-
 #include "Cli.h"
-#include "Pvd.h"
 #include "Failure.h"
+#include "Pvd.h"
 
 namespace DovInspect {
 
@@ -99,8 +99,9 @@ void WritePiece(const PieceContext& context, const PiecePlan& plan, const std::s
                 const ExportOptions& options) {
   std::vector<float> xyz = AsFloats(Read(context, plan.coordinates));
   if (xyz.size() % 3 != 0) {
-    context.warnings.push_back(context.label + ": coordinates are not whole triples; the rest "
-                                               "is left out");
+    context.warnings.push_back(context.label +
+                               ": coordinates are not whole triples; the rest "
+                               "is left out");
     xyz.resize(xyz.size() - xyz.size() % 3);
   }
   std::vector<std::uint32_t> nodes = Read(context, plan.connectivity);
@@ -110,7 +111,8 @@ void WritePiece(const PieceContext& context, const PiecePlan& plan, const std::s
   VtuPiece piece;
   piece.points = xyz.size() / 3;
   CellLayout cells = BuildCells(nodes, lengths, connectivityType, piece.points, options.style);
-  for (const std::string& warning : cells.warnings) context.warnings.push_back(context.label + ": " + warning);
+  for (const std::string& warning : cells.warnings)
+    context.warnings.push_back(context.label + ": " + warning);
   piece.cells = cells.types.size();
   piece.coordinates = {"Points", VtkScalar::Float32, 3, piece.points,
                        [&xyz](ByteSink& s) { EmitFloat32(s, xyz.data(), xyz.size()); }};
@@ -153,8 +155,8 @@ std::vector<PvdDataSet> CollectionEntries(const ExportPlan& plan,
     const PiecePlan& piece = plan.pieces[i];
     unsigned part = static_cast<unsigned>(piece.geometry);
     if (piece.timeIndex != kNone) {
-      entries.push_back({plan.axis.times[static_cast<std::size_t>(piece.timeIndex)], part,
-                         piece.fileName});
+      entries.push_back(
+          {plan.axis.times[static_cast<std::size_t>(piece.timeIndex)], part, piece.fileName});
     } else if (plan.axis.times.empty()) {
       entries.push_back({0.0, part, piece.fileName});
     } else {

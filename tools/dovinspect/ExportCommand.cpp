@@ -42,15 +42,14 @@ int RunExportCommand(const CommandLine& line, std::ostream& out, std::ostream& e
   ExportReport report;
   {
     ProgressLine progress(err, ErrorIsTerminal());
-    report = RunExport(geometries, plan, model, directory, collection, options,
-                       [&progress](std::size_t done, std::size_t total) {
-                         progress.Update(done, total);
-                       });
+    report = RunExport(
+        geometries, plan, model, directory, collection, options,
+        [&progress](std::size_t done, std::size_t total) { progress.Update(done, total); });
   }
   for (const std::string& warning : report.warnings) err << "warning: " << warning << "\n";
   for (const std::string& failure : report.failures) err << "error: " << failure << "\n";
-  out << "Wrote " << report.written.size() - 1 << " pieces and " << directory << "/"
-      << collection << "\n";
+  out << "Wrote " << report.written.size() - 1 << " pieces and " << directory << "/" << collection
+      << "\n";
   return report.failures.empty() ? kExitOk : kExitFailure;
 }
 

@@ -12,8 +12,8 @@ namespace {
 using VariablesByName = std::map<std::string, int>;
 
 struct GeometryParts {
-  VariablesByName shared;                      // names without a value
-  std::vector<std::string> values;             // in order of first appearance
+  VariablesByName shared;           // names without a value
+  std::vector<std::string> values;  // in order of first appearance
   std::map<std::string, VariablesByName> perValue;
 };
 

@@ -1,9 +1,9 @@
 #include "HeavyData.h"
 
+#include <Kel/Util/Coding.h>
+
 #include <algorithm>
 #include <fstream>
-
-#include <Kel/Util/Coding.h>
 
 #include "Cli.h"
 

@@ -26,9 +26,12 @@ std::string HeadVersion(const std::string& path) {
 void PrintBlocks(const DovReader::Container& container, std::ostream& out) {
   std::size_t stream = 0, index = 0, pool = 0;
   for (const DovReader::BlockInfo& block : container.Blocks()) {
-    if (block.IsIndexBlock()) ++index;
-    else if (block.IsPoolBlock()) ++pool;
-    else ++stream;
+    if (block.IsIndexBlock())
+      ++index;
+    else if (block.IsPoolBlock())
+      ++pool;
+    else
+      ++stream;
   }
   out << "Blocks:       " << container.Blocks().size() << " (" << stream << " stream, " << index
       << " index, " << pool << " pool)\n";
@@ -37,7 +40,8 @@ void PrintBlocks(const DovReader::Container& container, std::ostream& out) {
 void PrintStreams(const DovReader::Container& container, std::ostream& out) {
   out << "Streams:\n  " << std::left << std::setw(20) << "name" << std::right << std::setw(8)
       << "blocks" << std::setw(16) << "plain bytes" << std::setw(16) << "stored bytes"
-      << std::setw(8) << "ratio" << "\n";
+      << std::setw(8) << "ratio"
+      << "\n";
   for (const std::string& name : container.StreamNames()) {
     std::uint64_t stored = 0, blocks = 0;
     for (const DovReader::BlockInfo& block : container.Blocks()) {
@@ -77,8 +81,7 @@ int RunInfo(const CommandLine& line, std::ostream& out, std::ostream&) {
       << "Head:         format version " << HeadVersion(path) << "\n"
       << "Application:  " << (info.applicationName.empty() ? "(not given)" : info.applicationName)
       << (info.applicationVersion.empty() ? "" : " " + info.applicationVersion) << "\n"
-      << "Format:       " << info.formatVersion << " (information record " << info.version
-      << ")\n"
+      << "Format:       " << info.formatVersion << " (information record " << info.version << ")\n"
       << "Created:      " << info.creationDate << "\n";
   if (!info.computerName.empty() || !info.userName.empty()) {
     out << "Written on:   " << info.computerName << " by " << info.userName << "\n";
@@ -94,12 +97,16 @@ int RunInfo(const CommandLine& line, std::ostream& out, std::ostream&) {
 
 const Command& InfoCommand() {
   static const Command command{
-      "info", "Show the head, who wrote the file, its streams and the size of its scene.",
+      "info",
+      "Show the head, who wrote the file, its streams and the size of its scene.",
       "FILE",
       "Prints the format version of the head, the global information, the number\n"
       "of blocks, each stream with its size before and after compression, and the\n"
       "numbers of groups, shapes, geometries, variables and datasets.\n",
-      {}, 1, 1, RunInfo};
+      {},
+      1,
+      1,
+      RunInfo};
   return command;
 }
 

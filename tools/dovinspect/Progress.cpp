@@ -18,8 +18,8 @@ void ProgressLine::Update(std::size_t done, std::size_t total) {
   if (shown_ && now - last_ < std::chrono::milliseconds(200) && done < total) return;
   last_ = now;
   shown_ = true;
-  out_ << "\rexporting " << done << " of " << total << " files (" << (100 * done / total)
-       << "%)" << std::flush;
+  out_ << "\rexporting " << done << " of " << total << " files (" << (100 * done / total) << "%)"
+       << std::flush;
 }
 
 bool ErrorIsTerminal() { return isatty(STDERR_FILENO) != 0; }

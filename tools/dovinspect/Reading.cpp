@@ -85,7 +85,8 @@ std::vector<GeometryInfo> SelectGeometries(const std::vector<GeometryInfo>& all,
     return selected;
   }
   for (const GeometryInfo& g : all) {
-    bool below = g.path.size() > selector.size() && g.path.compare(0, selector.size(), selector) == 0 &&
+    bool below = g.path.size() > selector.size() &&
+                 g.path.compare(0, selector.size(), selector) == 0 &&
                  g.path[selector.size()] == '/';
     if (g.path == selector || below) selected.push_back(g);
   }

@@ -42,16 +42,15 @@ int RunCommand(const Command& command, const std::vector<std::string>& args, std
                std::ostream& err) {
   const std::string prefix = std::string(kProgram) + " " + command.name + ": ";
   try {
-    CommandLine line = ParseCommandLine(args, command.options, command.minPositional,
-                                        command.maxPositional);
+    CommandLine line =
+        ParseCommandLine(args, command.options, command.minPositional, command.maxPositional);
     if (line.help) {
       PrintCommandHelp(command, out);
       return kExitOk;
     }
     return command.run(line, out, err);
   } catch (const UsageError& e) {
-    err << prefix << e.what() << "\nTry '" << kProgram << " " << command.name
-        << " --help'.\n";
+    err << prefix << e.what() << "\nTry '" << kProgram << " " << command.name << " --help'.\n";
     return kExitUsage;
   } catch (const std::bad_alloc&) {
     err << prefix << "out of memory\n";
@@ -75,8 +74,7 @@ int RunTool(const std::vector<std::string>& args, std::ostream& out, std::ostrea
   }
   const Command* command = FindCommand(name);
   if (!command) {
-    err << kProgram << ": unknown command '" << name << "'\nTry '" << kProgram
-        << " --help'.\n";
+    err << kProgram << ": unknown command '" << name << "'\nTry '" << kProgram << " --help'.\n";
     return kExitUsage;
   }
   return RunCommand(*command, std::vector<std::string>(args.begin() + 1, args.end()), out, err);

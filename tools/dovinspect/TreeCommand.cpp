@@ -22,10 +22,17 @@ std::string AttributeText(const DovReader::Attribute& attribute) {
   std::string value;
   switch (attribute.kind) {
     case 0:
-    case 1: value = std::to_string(attribute.word); break;
-    case 2: value = "\"" + Readable(attribute.text) + "\""; break;
-    case 3: value = std::to_string(attribute.longWord); break;
-    default: value = "(kind " + std::to_string(attribute.kind) + ")";
+    case 1:
+      value = std::to_string(attribute.word);
+      break;
+    case 2:
+      value = "\"" + Readable(attribute.text) + "\"";
+      break;
+    case 3:
+      value = std::to_string(attribute.longWord);
+      break;
+    default:
+      value = "(kind " + std::to_string(attribute.kind) + ")";
   }
   return Readable(attribute.key) + "=" + value;
 }
@@ -33,8 +40,8 @@ std::string AttributeText(const DovReader::Attribute& attribute) {
 void PrintGroup(const DovReader::GroupContent& group, const std::string& indent,
                 std::ostream& out) {
   const DovReader::Attribute* visible = group.attributes.Find("visible");
-  out << (visible && visible->word == 0 ? " hidden" : " visible")
-      << (group.rootFlag ? " root" : "") << "\n"
+  out << (visible && visible->word == 0 ? " hidden" : " visible") << (group.rootFlag ? " root" : "")
+      << "\n"
       << indent << "    translation " << Numbers(group.translation, 3) << " rotation "
       << Numbers(group.rotation, 4) << " scale " << Numbers(group.scale, 3) << "\n";
   std::string others;
@@ -77,12 +84,17 @@ int RunTree(const CommandLine& line, std::ostream& out, std::ostream&) {
 
 const Command& TreeCommand() {
   static const Command command{
-      "tree", "Show the scene tree with transformations, colours and visibility.", "FILE",
+      "tree",
+      "Show the scene tree with transformations, colours and visibility.",
+      "FILE",
       "One line per tree entry, indented by depth: [entry id], node type and name.\n"
       "Groups add their visibility, translation, rotation, scale and other\n"
       "attributes; shapes their visibility and the four colours (red, green,\n"
       "blue, alpha) of their material; geometries their number of variables.\n",
-      {}, 1, 1, RunTree};
+      {},
+      1,
+      1,
+      RunTree};
   return command;
 }
 

@@ -13,10 +13,10 @@ namespace DovInspect {
 const char kValueSeparator = '\x1E';
 
 struct ValueName {
-  std::string base;     // the data's own name, e.g. "Stress"
+  std::string base;  // the data's own name, e.g. "Stress"
   bool perValue = false;
-  std::string group;    // the instance group's name
-  std::string value;    // the instance value as text
+  std::string group;  // the instance group's name
+  std::string value;  // the instance value as text
 };
 
 // A name without 0x1E, or with nothing behind it ("Node Ids" 0x1E), or

@@ -12,19 +12,23 @@ namespace {
 
 const char* DataTypeName(std::uint8_t dataType) {
   switch (dataType) {
-    case kFloatData: return "float";
-    case kUnsignedData: return "uint";
-    case 0: return "none";
-    default: return "?";
+    case kFloatData:
+      return "float";
+    case kUnsignedData:
+      return "uint";
+    case 0:
+      return "none";
+    default:
+      return "?";
   }
 }
 
 void PrintVariable(const DovReader::Variable& stored, const VariableInfo& variable,
                    std::ostream& out) {
   out << "  " << std::setw(4) << variable.index << "  " << std::left << std::setw(36)
-      << Readable(variable.name) << std::right << std::setw(6) << variable.type << "  "
-      << std::left << std::setw(6) << DataTypeName(variable.dataType) << std::right
-      << std::setw(5) << unsigned(variable.width) << std::setw(12) << variable.count << "  ";
+      << Readable(variable.name) << std::right << std::setw(6) << variable.type << "  " << std::left
+      << std::setw(6) << DataTypeName(variable.dataType) << std::right << std::setw(5)
+      << unsigned(variable.width) << std::setw(12) << variable.count << "  ";
   if (variable.linked) {
     out << "link to [" << variable.linkEntry << "] #" << variable.linkIndex << "\n";
   } else {
@@ -42,9 +46,11 @@ int RunVars(const CommandLine& line, std::ostream& out, std::ostream&) {
   for (const GeometryInfo& geometry : geometries) {
     out << "[" << geometry.entryId << "] " << Readable(geometry.path) << "\n";
     if (geometry.variables.empty()) continue;
-    out << "  " << std::setw(4) << "#" << "  " << std::left << std::setw(36) << "name"
-        << std::right << std::setw(6) << "type" << "  " << std::left << std::setw(6) << "data"
-        << std::right << std::setw(5) << "width" << std::setw(12) << "values" << "  stored\n";
+    out << "  " << std::setw(4) << "#"
+        << "  " << std::left << std::setw(36) << "name" << std::right << std::setw(6) << "type"
+        << "  " << std::left << std::setw(6) << "data" << std::right << std::setw(5) << "width"
+        << std::setw(12) << "values"
+        << "  stored\n";
     const DovReader::TreeRecord& record = model.Scene().Record(geometry.entryId);
     for (const VariableInfo& variable : geometry.variables) {
       PrintVariable(record.variables[variable.index], variable, out);
@@ -57,7 +63,9 @@ int RunVars(const CommandLine& line, std::ostream& out, std::ostream&) {
 
 const Command& VarsCommand() {
   static const Command command{
-      "vars", "Show the variables of each geometry.", "FILE [PATH]",
+      "vars",
+      "Show the variables of each geometry.",
+      "FILE [PATH]",
       "PATH chooses geometries: \"#ID\" for a tree entry id, or the names from the\n"
       "root down joined by '/', which also chooses every geometry below a group.\n"
       "Each variable shows its index, name, type, element type (float or uint),\n"
@@ -65,7 +73,10 @@ const Command& VarsCommand() {
       "stand: the dataset offset in \"Heavy Data\", or the entry and variable it\n"
       "links to. Control bytes in names are shown as \\xHH: data per instance value\n"
       "reads 'name\\x1Egroup = value'.\n",
-      {}, 1, 2, RunVars};
+      {},
+      1,
+      2,
+      RunVars};
   return command;
 }
 

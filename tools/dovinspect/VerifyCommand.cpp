@@ -18,8 +18,8 @@ struct DatasetRange {
 };
 
 std::string Owner(const ModelFile& model, const DovReader::TreeRecord& record, std::size_t i) {
-  return "variable " + std::to_string(i) + " '" + Readable(record.variables[i].name) +
-         "' of [" + std::to_string(record.id) + "] " + Readable(model.PathOf(record.id));
+  return "variable " + std::to_string(i) + " '" + Readable(record.variables[i].name) + "' of [" +
+         std::to_string(record.id) + "] " + Readable(model.PathOf(record.id));
 }
 
 // Every dataset must lie inside "Heavy Data", hold whole 4-byte values, and
@@ -37,11 +37,10 @@ void CheckDatasets(const ModelFile& model, std::vector<std::string>& violations)
                              std::to_string(variable.byteSize) + " is not a multiple of 4");
       }
       if (end > heavy || end < variable.offset) {
-        violations.push_back(Owner(model, record, i) + ": dataset at " +
-                             std::to_string(variable.offset) + " of " +
-                             std::to_string(variable.byteSize) +
-                             " bytes lies beyond \"Heavy Data\" (" + std::to_string(heavy) +
-                             " bytes)");
+        violations.push_back(
+            Owner(model, record, i) + ": dataset at " + std::to_string(variable.offset) + " of " +
+            std::to_string(variable.byteSize) + " bytes lies beyond \"Heavy Data\" (" +
+            std::to_string(heavy) + " bytes)");
         continue;
       }
       ranges.push_back({variable.offset, end, Owner(model, record, i)});
@@ -83,7 +82,9 @@ int RunVerify(const CommandLine& line, std::ostream& out, std::ostream&) {
 
 const Command& VerifyCommand() {
   static const Command command{
-      "verify", "Check the structure of a model file.", "FILE",
+      "verify",
+      "Check the structure of a model file.",
+      "FILE",
       "Checks the head, the chain of indexes, every block (each compressed block\n"
       "must inflate to its stated length), the scene streams (global information,\n"
       "tree records, groups, materials, geometries and their attributes, links\n"
@@ -91,7 +92,10 @@ const Command& VerifyCommand() {
       "overlapping another. Blocks are inflated one at a time.\n\n"
       "Prints 'FILE: sound' and exits with 0, or prints one line per violation\n"
       "and exits with 1.\n",
-      {}, 1, 1, RunVerify};
+      {},
+      1,
+      1,
+      RunVerify};
   return command;
 }
 

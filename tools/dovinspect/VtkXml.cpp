@@ -10,8 +10,7 @@ namespace DovInspect {
 
 namespace {
 
-const char kBase64Alphabet[] =
-    "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
+const char kBase64Alphabet[] = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
 
 // Encodes base64 as bytes arrive; up to two bytes wait for their group.
 class Base64Sink : public ByteSink {
@@ -161,20 +160,28 @@ void WriteAppended(std::ostream& out, const VtuPiece& piece) {
 
 std::size_t ScalarSize(VtkScalar type) {
   switch (type) {
-    case VtkScalar::UInt8: return 1;
-    case VtkScalar::UInt32: return 4;
-    case VtkScalar::Int64: return 8;
-    case VtkScalar::Float32: return 4;
+    case VtkScalar::UInt8:
+      return 1;
+    case VtkScalar::UInt32:
+      return 4;
+    case VtkScalar::Int64:
+      return 8;
+    case VtkScalar::Float32:
+      return 4;
   }
   return 0;
 }
 
 const char* ScalarName(VtkScalar type) {
   switch (type) {
-    case VtkScalar::UInt8: return "UInt8";
-    case VtkScalar::UInt32: return "UInt32";
-    case VtkScalar::Int64: return "Int64";
-    case VtkScalar::Float32: return "Float32";
+    case VtkScalar::UInt8:
+      return "UInt8";
+    case VtkScalar::UInt32:
+      return "UInt32";
+    case VtkScalar::Int64:
+      return "Int64";
+    case VtkScalar::Float32:
+      return "Float32";
   }
   return "";
 }
@@ -211,11 +218,20 @@ std::string XmlAttribute(const std::string& text) {
   std::string result;
   for (unsigned char c : text) {
     switch (c) {
-      case '&': result += "&amp;"; break;
-      case '<': result += "&lt;"; break;
-      case '>': result += "&gt;"; break;
-      case '"': result += "&quot;"; break;
-      default: result += (c < 0x20 || c == 0x7F) ? '?' : static_cast<char>(c);
+      case '&':
+        result += "&amp;";
+        break;
+      case '<':
+        result += "&lt;";
+        break;
+      case '>':
+        result += "&gt;";
+        break;
+      case '"':
+        result += "&quot;";
+        break;
+      default:
+        result += (c < 0x20 || c == 0x7F) ? '?' : static_cast<char>(c);
     }
   }
   return result;
