@@ -19,6 +19,15 @@ namespace {
 
 const std::vector<std::uint32_t> NoIndices;
 
+// The instance group of one mesh object, as far as the check needs it.
+struct PerValue {
+  std::uint64_t mesh = NoObject;
+  std::uint64_t group = NoObject;
+  TextList values;
+  TextList names;
+  std::string at(std::uint64_t j) const { return " at value \"" + values[j] + "\""; }
+};
+
 class SceneCheck {
  public:
   explicit SceneCheck(const ObjectManager& scene) : scene(scene) {}
@@ -31,6 +40,10 @@ class SceneCheck {
   void checkGeometry(std::uint64_t index);
   void checkMesh(std::uint64_t index);
   void checkInstanceValues(std::uint64_t mesh, const LinkList& sets);
+  // The list under `key` on the group; refused if it misses values.
+  LinkList perValueList(const PerValue& data, const std::string& key, const std::string& what) const;
+  void checkValueCuts(const PerValue& data, const LinkList& sets,
+                      const std::vector<std::vector<std::uint32_t>>& polylengths);
   void checkCut(std::uint64_t mesh, std::uint64_t set, const std::vector<std::uint32_t>& cells,
                 const std::vector<std::uint32_t>& polylength,
                 const std::vector<std::uint32_t>& connectivity, const std::string& atValue);
@@ -167,54 +180,58 @@ const std::vector<std::uint32_t>& SceneCheck::cuttingArray(std::uint64_t mesh,
 }
 
 void SceneCheck::checkInstanceValues(std::uint64_t mesh, const LinkList& sets) {
-  const std::uint64_t group = link(mesh, "Instance Group");
-  if (group == NoObject) return;
-  const TextList* valuesFound = find<TextList>(group, "Values");
-  const TextList* namesFound = find<TextList>(group, "Result Names");
-  const TextList values = valuesFound != nullptr ? *valuesFound : TextList();
-  const TextList names = namesFound != nullptr ? *namesFound : TextList();
-  if (values.empty()) return;
+  PerValue data;
+  data.mesh = mesh;
+  data.group = link(mesh, "Instance Group");
+  if (data.group == NoObject) return;
+  const TextList* values = find<TextList>(data.group, "Values");
+  const TextList* names = find<TextList>(data.group, "Result Names");
+  if (values == nullptr || values->empty()) return;
+  data.values = *values;
+  if (names != nullptr) data.names = *names;
 
-  // Every list that the builders read needs an entry for each value.
-  const std::string polylengthKey = resultKey("Polylength");
-  bool perValueCells = false;
-  auto perValueList = [&](const std::string& key, const std::string& what) {
-    const LinkList list = links(group, key);
-    if (list.size() < values.size()) {
-      std::ostringstream text;
-      text << what << " on instance group " << describe(group) << " has " << list.size()
-           << " entries, but the group has " << values.size() << " values";
-      refuse(mesh, text.str());
-    }
-    return list;
-  };
-  const auto atValue = [&](std::uint64_t j) { return " at value \"" + values[j] + "\""; };
-
+  // The polylength per value is read for the mesh even without sets.
   std::vector<std::vector<std::uint32_t>> polylengths;
-  for (const std::string& name : names) {
-    if (name != polylengthKey) continue;
-    perValueCells = true;
-    const LinkList list = perValueList(name, "the per-value list \"Polylength\"");
-    for (std::uint64_t j = 0; j < values.size(); ++j)
-      polylengths.push_back(cuttingArray(mesh, list[j], "the polylength" + atValue(j)));
+  for (const std::string& name : data.names) {
+    if (name != resultKey("Polylength")) continue;
+    const LinkList list = perValueList(data, name, "the per-value list \"Polylength\"");
+    for (std::uint64_t j = 0; j < data.values.size(); ++j)
+      polylengths.push_back(cuttingArray(mesh, list[j], "the polylength" + data.at(j)));
   }
   if (sets.empty()) return;
-  for (const std::string& name : names)
-    perValueList(name, "the per-value list \"" + name.substr(1) + "\"");
-  if (!perValueCells) return;
+  for (const std::string& name : data.names)
+    perValueList(data, name, "the per-value list \"" + name.substr(1) + "\"");
+  if (!polylengths.empty()) checkValueCuts(data, sets, polylengths);
+}
 
+LinkList SceneCheck::perValueList(const PerValue& data, const std::string& key,
+                                  const std::string& what) const {
+  const LinkList list = links(data.group, key);
+  if (list.size() < data.values.size()) {
+    std::ostringstream text;
+    text << what << " on instance group " << describe(data.group) << " has " << list.size()
+         << " entries, but the group has " << data.values.size() << " values";
+    refuse(data.mesh, text.str());
+  }
+  return list;
+}
+
+// With a polylength per value, each set is cut per value from that value's
+// connectivity by the cells recorded for it at that value.
+void SceneCheck::checkValueCuts(const PerValue& data, const LinkList& sets,
+                                const std::vector<std::vector<std::uint32_t>>& polylengths) {
   const LinkList connectivities =
-      perValueList(resultKey("Connectivity"), "the per-value list \"Connectivity\"");
+      perValueList(data, resultKey("Connectivity"), "the per-value list \"Connectivity\"");
   for (const std::uint64_t set : sets) {
     const std::string setName = scene.record(set).name;
-    const LinkList cellLists =
-        perValueList(elementSetKey(setName), "the per-value cells of element set \"" + setName + "\"");
-    for (std::uint64_t j = 0; j < values.size(); ++j) {
+    const LinkList cellLists = perValueList(data, elementSetKey(setName),
+                                            "the per-value cells of element set \"" + setName + "\"");
+    for (std::uint64_t j = 0; j < data.values.size(); ++j) {
       const std::vector<std::uint32_t>& connectivity =
-          cuttingArray(mesh, connectivities[j], "the connectivity" + atValue(j));
-      const std::vector<std::uint32_t>& cells =
-          cuttingArray(mesh, cellLists[j], "the cells of element set \"" + setName + "\"" + atValue(j));
-      checkCut(mesh, cellLists[j], cells, polylengths[j], connectivity, atValue(j));
+          cuttingArray(data.mesh, connectivities[j], "the connectivity" + data.at(j));
+      const std::vector<std::uint32_t>& cells = cuttingArray(
+          data.mesh, cellLists[j], "the cells of element set \"" + setName + "\"" + data.at(j));
+      checkCut(data.mesh, cellLists[j], cells, polylengths[j], connectivity, data.at(j));
     }
   }
 }

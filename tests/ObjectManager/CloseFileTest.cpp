@@ -65,15 +65,15 @@ TEST(CloseFile, OtherPathDoesNothingAndTheRightOneFinishesTheFile) {
   EXPECT_EQ(read.words(4, "Connectivity"), (Words{0, 1, 2, 1, 3, 2}));
 }
 
-TEST(CloseFile, StateErrorsWithoutFileOrRootOrAfterTheEnd) {
+TEST(CloseFile, StateErrorsWithoutFileOrRootAndOnceFinished) {
   const std::string path = freshPath();
   {
     SmallModel model;
     // Never bound: the empty path equals the empty file name.
     expectRefusal([&] { model.close(""); }, 19, "saveTo");
-    // A failed saveTo keeps the path but binds no file.
     model.scene.saveTo(path.c_str(), nullptr, false, true);
   }
+  // A failed saveTo keeps the path but binds no file.
   SmallModel model;
   expectRefusal([&] { model.scene.saveTo(path.c_str()); }, 10, "File exists");
   expectRefusal([&] { model.close(path); }, 19, "saveTo");
@@ -84,19 +84,15 @@ TEST(CloseFile, StateErrorsWithoutFileOrRootOrAfterTheEnd) {
   // The path is compared first: another path is no error even here.
   rootless.closeFile((path + "x").c_str());
   expectRefusal([&] { rootless.closeFile(path.c_str()); }, 19, "createDefaultViews");
-}
 
-TEST(CloseFile, FinishedFileIsNeitherClosedNorBoundAgain) {
-  const std::string path = freshPath();
-  SmallModel model;
-  model.scene.saveTo(path.c_str(), nullptr, false, true);
-  model.close(path);
-  const std::vector<unsigned char> finished = fileBytes(path);
-  expectRefusal([&] { model.close(path); }, 19, "already finished");
+  // A finished file is neither finished again nor followed by another.
   const std::string other = freshPath("other");
-  expectRefusal([&] { model.scene.saveTo(other.c_str(), nullptr, false, true); }, 19, "already");
-  EXPECT_EQ(fileBytes(path), finished);
-  EXPECT_TRUE(fileBytes(other).empty());
+  model.scene.saveTo(other.c_str(), nullptr, false, true);
+  model.close(other);
+  const std::vector<unsigned char> finished = fileBytes(other);
+  expectRefusal([&] { model.close(other); }, 19, "already finished");
+  expectRefusal([&] { model.scene.saveTo(path.c_str(), nullptr, false, true); }, 19, "already");
+  EXPECT_EQ(fileBytes(other), finished);
 }
 
 // Each case breaks the small model in one way, is refused naming the

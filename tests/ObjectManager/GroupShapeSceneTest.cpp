@@ -125,42 +125,20 @@ TEST(GroupShapeScene, RootKeepsHostAttributesOtherGroupsTellVisibility) {
   EXPECT_TRUE(model.record(4).group->attributes.entries.empty());
 }
 
-TEST(GroupShapeScene, RootFlagNeedsAMeshBesideAnotherComponent) {
-  const auto flagOf = [](const std::string& path, bool secondIsMesh, bool withSecond) {
-    Scene_V1 scene;
-    const Identifier root = makeObject(scene, GroupObject, "R");
-    scene.addComponent(root, makeTwoSetMesh(scene, "M", "a", "b"));
-    if (withSecond) {
-      const Identifier shape = makeObject(scene, ShapeObject, "S");
-      scene.addComponent(root, secondIsMesh ? makeTwoSetMesh(scene, "N", "c", "d") : shape);
-    }
-    closeScene(scene, root, path);
-    return ReadModel(path).record(1).group->rootFlag;
-  };
-  EXPECT_EQ(flagOf(freshPath("mesh_alone"), false, false), 0);
-  EXPECT_EQ(flagOf(freshPath("mesh_and_shape"), false, true), 1);
-  EXPECT_EQ(flagOf(freshPath("two_meshes"), true, true), 1);
-}
-
 TEST(GroupShapeScene, ShapesDrawThreeRandomsEachAndTakeTheComponentsDiffuse) {
-  const auto write = [](const std::string& path) {
-    Scene_V1 scene;
-    const Identifier root = makeObject(scene, GroupObject, "R");
-    const Identifier painted = makeObject(scene, ShapeObject, "Painted");
-    const Identifier geometry = makeTriangle(scene, "g");
-    const Identifier material = makeObject(scene, MaterialObject, "Steel");
-    scene.setColor(material, DiffusiveColor, 0.25f, 0.5f, 0.75f, 0.5f);
-    scene.setMaterial(geometry, material);
-    scene.addComponent(painted, geometry);
-    scene.addComponent(root, painted);
-    scene.addComponent(root, makeObject(scene, ShapeObject, "Empty"));
-    closeScene(scene, root, path);
-  };
-  const std::string first = freshPath("first");
-  const std::string second = freshPath("second");
-  write(first);
-  write(second);
-  ReadModel model(first);
+  const std::string path = freshPath();
+  Scene_V1 scene;
+  const Identifier root = makeObject(scene, GroupObject, "R");
+  const Identifier shape = makeObject(scene, ShapeObject, "Painted");
+  const Identifier geometry = makeTriangle(scene, "g");
+  const Identifier material = makeObject(scene, MaterialObject, "Steel");
+  scene.setColor(material, DiffusiveColor, 0.25f, 0.5f, 0.75f, 0.5f);
+  scene.setMaterial(geometry, material);
+  scene.addComponent(shape, geometry);
+  scene.addComponent(root, shape);
+  scene.addComponent(root, makeObject(scene, ShapeObject, "Empty"));
+  closeScene(scene, root, path);
+  ReadModel model(path);
 
   const DovReader::MaterialContent& painted = *model.record(2).material;
   EXPECT_EQ(std::vector<float>(painted.diffuse, painted.diffuse + 4), (Floats{0.25f, 0.5f, 0.75f, 1.0f}));
@@ -177,9 +155,6 @@ TEST(GroupShapeScene, ShapesDrawThreeRandomsEachAndTakeTheComponentsDiffuse) {
   ASSERT_EQ(model.record(4).firstChild, 0u);
   const DovReader::MaterialContent& empty = *model.record(4).material;
   EXPECT_EQ(std::vector<float>(empty.diffuse, empty.diffuse + 4), expected);
-  // Every scene starts the sequence again.
-  const DovReader::MaterialContent& again = *ReadModel(second).record(4).material;
-  EXPECT_EQ(std::vector<float>(again.diffuse, again.diffuse + 4), expected);
 }
 
 TEST(GroupShapeScene, SecondComponentOfAShapeIsRefusedAfterTheFirstIsBuilt) {

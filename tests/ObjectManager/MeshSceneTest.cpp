@@ -101,11 +101,6 @@ TEST(MeshScene, SetsCutByDimensionShareNodeIdsUnderTheirOwnName) {
   s.addSet(mesh, "Back", Words{1, 1});
   s.addSet(mesh, "Both", Words{0, 1});
   s.addSet(mesh, "None", Words{});
-  // A second mesh object on the same coordinates writes them again.
-  const Identifier other = s.addMesh("Other");
-  s.scene.setCoordinates(other, coordinates);
-  s.scene.setConnectivity(other, makeArray(s.scene, Words{0, 1, 2}, 3));
-  s.addSet(other, "All", Words{0});
   s.close(path);
 
   ReadModel model(path);
@@ -122,9 +117,6 @@ TEST(MeshScene, SetsCutByDimensionShareNodeIdsUnderTheirOwnName) {
   EXPECT_EQ(model.variable(8, "Polylength").byteSize, 0u);
   EXPECT_FALSE(model.variable(8, "Polylength").linked);
 
-  ASSERT_EQ(model.record(9).name, "Other");
-  EXPECT_FALSE(model.variable(11, "Coordinates").linked);
-  EXPECT_EQ(model.floats(11, "Coordinates"), SquareNodes);
 }
 
 TEST(MeshScene, SetColoursApplyInOrderWithAmbientIntensityLast) {
