@@ -1,0 +1,43 @@
+#ifndef DOVINSPECT_HEAVYDATA_H
+#define DOVINSPECT_HEAVYDATA_H
+
+// Byte ranges of "Heavy Data", with the last inflated block kept. Datasets
+// are read one after the other and most of them share a block, so keeping
+// that one block turns an inflation per dataset into one per block, while
+// memory stays bounded by a single block.
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "reader/Container.h"
+
+namespace DovInspect {
+
+class HeavyData {
+ public:
+  HeavyData(const DovReader::Container& container, const std::string& path);
+
+  std::uint64_t Length() const { return length_; }
+  // Throws ToolError if the range lies beyond the stream.
+  std::vector<unsigned char> Range(std::uint64_t offset, std::uint64_t length);
+
+ private:
+  struct Part {
+    DovReader::BlockInfo block;
+    std::uint64_t start = 0;   // offset of its first byte in the stream
+    std::uint64_t length = 0;  // bytes before compression
+  };
+
+  const std::vector<unsigned char>& Plain(std::size_t part);
+
+  const DovReader::Container& container_;
+  std::vector<Part> parts_;
+  std::uint64_t length_ = 0;
+  std::size_t cachedPart_ = SIZE_MAX;
+  std::vector<unsigned char> cachedPlain_;
+};
+
+}  // namespace DovInspect
+
+#endif

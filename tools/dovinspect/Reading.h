@@ -1,0 +1,50 @@
+#ifndef DOVINSPECT_READING_H
+#define DOVINSPECT_READING_H
+
+// A model file opened for the commands: the container, the scene read from
+// it, and the geometries in the form the commands use. Values are fetched
+// one variable at a time, so that "Heavy Data" is never inflated whole.
+
+#include <string>
+#include <vector>
+
+#include "HeavyData.h"
+#include "Model.h"
+#include "reader/Container.h"
+#include "reader/Scene.h"
+
+namespace DovInspect {
+
+class ModelFile : public ValueSource {
+ public:
+  // Throws DovReader::ReadError if the container or the scene is unreadable.
+  explicit ModelFile(const std::string& path);
+  ModelFile(const ModelFile&) = delete;
+  ModelFile& operator=(const ModelFile&) = delete;
+
+  const std::string& FilePath() const { return path_; }
+  const DovReader::Container& Container() const { return container_; }
+  const DovReader::Scene& Scene() const { return scene_; }
+
+  // Names from the root down to the entry, joined by '/'.
+  std::string PathOf(std::uint32_t entryId) const;
+  int DepthOf(std::uint32_t entryId) const;
+  std::vector<GeometryInfo> Geometries() const;
+
+  std::vector<std::uint32_t> Words(std::uint32_t entryId, std::size_t variableIndex) override;
+
+ private:
+  std::string path_;
+  DovReader::Container container_;
+  DovReader::Scene scene_;
+  HeavyData heavy_;
+};
+
+// The geometries that `selector` names: "#<entry id>", a path, or a path
+// prefix (all geometries below a group). An empty selector names all.
+std::vector<GeometryInfo> SelectGeometries(const std::vector<GeometryInfo>& all,
+                                           const std::string& selector);
+
+}  // namespace DovInspect
+
+#endif
