@@ -12,3 +12,8 @@ cmake --build build -j "$jobs"
 model=build/plate_model.dov
 time ./build/examples/plate_model "$model"
 ./build/examples/show_model "$model"
+
+echo "== dovinspect info"
+./build/tools/dovinspect info "$model"
+echo "== dovinspect verify"
+./build/tools/dovinspect verify "$model"
