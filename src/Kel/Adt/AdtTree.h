@@ -10,6 +10,10 @@
 
 #include "Kel/Util/Raise.h"
 
+namespace KelDov {
+class Node;
+}
+
 namespace KelAdt {
 
 template <class T>
@@ -30,6 +34,19 @@ struct TreeTraits {
   static const char* GetCurrentNodeMethod() { return "KelAdt::Tree::GetCurrentNode"; }
 };
 
+// The scene tree's instance reports under its full template name. Declared
+// here, beside the primary template, so that no translation unit can
+// instantiate the tree without it.
+template <>
+struct TreeTraits<KelDov::Node*> {
+  static const char* SetCurrentIdMethod() {
+    return "KelAdt::Tree<class KelDov::Node *>::SetCurrentId";
+  }
+  static const char* GetCurrentNodeMethod() {
+    return "KelAdt::Tree<class KelDov::Node *>::GetCurrentNode";
+  }
+};
+
 template <class T>
 class Tree {
  public:
@@ -41,7 +58,9 @@ class Tree {
     root.id = 1;
   }
 
-  // Adds a child under the current entry and makes it current.
+  // Adds a child under the current entry and makes it current. The parent
+  // is looked up with entry access, so a current id without an entry (0)
+  // gets an all-zero entry, as entry access always does.
   void AddNode() {
     const std::uint32_t id = nextId++;
     Entry& parent = entries[currentId];
@@ -58,11 +77,13 @@ class Tree {
     currentId = id;
   }
 
+  // Only tests the id against the next id, not the map: 0 passes.
   void SetCurrentId(std::uint32_t id) {
     if (id >= nextId) KEL_RAISE_CODE(5, TreeTraits<T>::SetCurrentIdMethod());
     currentId = id;
   }
 
+  // Never creates an entry.
   Entry& GetCurrentNode() {
     auto found = entries.find(currentId);
     if (found == entries.end()) KEL_RAISE_CODE(5, TreeTraits<T>::GetCurrentNodeMethod());

@@ -8,6 +8,7 @@
 #include <cstring>
 #include <map>
 #include <string>
+#include <vector>
 
 namespace KelTmf {
 class Index;
@@ -28,17 +29,31 @@ struct AttributeValue {
 
   AttributeValue() { std::memset(&value, 0, sizeof value); }
 
-  // Kind 2. The text is cut to 255 bytes so that the area always ends in NUL.
+  // Kind 2. The text is cut at 256 bytes; a text that fills the whole area
+  // has no terminator in it.
   static AttributeValue Text(const std::string& text);
   // Kind 0.
   static AttributeValue Word(std::uint32_t word);
-  // The text of a kind-2 value, up to its first NUL.
+  // The text of a kind-2 value, up to its first NUL or the end of the area.
   std::string GetText() const;
 };
 
 // std::string orders by unsigned bytes, the shorter key first on a tie:
 // exactly the order the stored form needs.
 typedef std::map<std::string, AttributeValue> AttributeMap;
+
+// The six lists of the stored form, filled in map order.
+struct AttributeLists {
+  std::vector<std::string> keys;
+  std::vector<std::uint8_t> kinds;
+  std::vector<std::uint32_t> kind0Words;
+  std::vector<std::uint32_t> kind1Words;
+  std::vector<std::uint64_t> kind3LongWords;
+  std::vector<std::string> kind2Texts;
+};
+
+// A kind above 3 contributes its key and kind, and no value.
+AttributeLists MakeAttributeLists(const AttributeMap& map);
 
 // The stored form: six parallel lists (keys, kinds, words of kind 0, words of
 // kind 1, long words of kind 3, texts of kind 2), put back to back.

@@ -19,18 +19,6 @@
 #include "Kel/Dov/Shape.h"
 #include "Kel/Tmf/TmFile.h"
 
-namespace KelAdt {
-template <>
-struct TreeTraits<KelDov::Node*> {
-  static const char* SetCurrentIdMethod() {
-    return "KelAdt::Tree<class KelDov::Node *>::SetCurrentId";
-  }
-  static const char* GetCurrentNodeMethod() {
-    return "KelAdt::Tree<class KelDov::Node *>::GetCurrentNode";
-  }
-};
-}  // namespace KelAdt
-
 namespace KelDov {
 
 // Who wrote the file, and when.
@@ -92,6 +80,15 @@ class Tree : public KelAdt::Tree<Node*> {
   const std::string& GetFormatVersion() const { return formatVersion; }
 
  protected:
+  // Adds a child entry under the current one, makes it current and stores
+  // `node` in it; the tree owns the node from then on.
+  void AddNodeHolding(Node* node);
+  // Reorders `count` values straight into a block of "Heavy Data".
+  template <class Values>
+  std::uint64_t PutDataset(const Values& values, std::uint64_t count, std::uint8_t width);
+  // The geometry of the current entry, or a code-5 failure under `method`.
+  Geometry& CurrentGeometry(const char* method);
+
   std::uint8_t spareByte = 0;
   std::string formatVersion;
   std::vector<GlobalInformation> informationList;

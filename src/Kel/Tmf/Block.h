@@ -57,6 +57,22 @@ struct Block {
 
   // Releases the buffer; the bookkeeping fields keep their values.
   void Release();
+  // True once the bytes of the block have left memory for the file: they
+  // can neither be written again nor be added to.
+  bool ContentsReleased() const { return data == nullptr && length != 0; }
+
+ private:
+  // Fails (code 1) unless `count` more bytes at the write position keep the
+  // block below 4 GiB.
+  void RequireRoom(std::uint64_t count) const;
+  // The growth rule: grows the buffer if `count` bytes at the position would
+  // reach the capacity, and returns where they go.
+  unsigned char* MakeRoom(std::uint64_t count, bool fixedSize);
+  // Moves the position past `count` written bytes and raises the mark.
+  void Advance(std::uint32_t count);
+  void PutFixed(const unsigned char* bytes, std::uint32_t count);
+  // The u32 element count in front of a list, refused if the list cannot fit.
+  void PutCount(std::uint64_t count, std::uint64_t minimumElementSize);
 };
 
 }  // namespace KelTmf

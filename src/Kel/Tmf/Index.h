@@ -96,6 +96,12 @@ class Index {
   void FlushFrozen(std::FILE* stream);
   void WriteAllBuffersToFileStream(std::FILE* stream);
 
+  // The position rule: block 0 lies right behind the first index, every
+  // other block right behind its predecessor. Valid for a block once all
+  // blocks in front of it are written (index blocks aside, whose size is
+  // fixed from the start).
+  std::uint64_t BlockPosition(std::uint64_t number);
+
   std::vector<BlockRecord> records;
   std::vector<Block> blocks;
   std::map<std::string, BlockSizeLimiter> limiters;
@@ -105,6 +111,21 @@ class Index {
 
  private:
   Block& BlockForTypedPut(const std::string& name);
+  // SelectBlock for a put, failing with `code` and `description` if the
+  // block can take no more bytes.
+  std::uint64_t SelectOpenBlock(const std::string& name, std::int32_t code,
+                                const char* description);
+  // The first batch of 20 pool blocks, with the first index's size.
+  void AllocateFirstBatch();
+  std::uint64_t TakeFromPool();
+  // Turns pool block `number` into the index block of a new batch.
+  void MakeIndexBlock(std::uint64_t number);
+  // The records of the 200 blocks that index block `number` describes.
+  std::vector<BlockRecord> ChainedEntries(std::uint64_t number) const;
+  BlockRecord& RecordAt(std::uint64_t number, const char* method);
+  // Written and frozen, or an index block (whose size never changes).
+  bool IsFinal(std::uint64_t number) const;
+  void WriteFirstIndex(std::FILE* stream);
 };
 
 }  // namespace KelTmf

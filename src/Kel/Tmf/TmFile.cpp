@@ -1,6 +1,8 @@
 #include "Kel/Tmf/TmFile.h"
 
 #include "Kel/Log/Log.h"
+#include "Kel/Util/Raise.h"
+#include "Platform/Platform.h"
 
 namespace KelTmf {
 
@@ -15,6 +17,40 @@ void TmFile::CloseFile() {
   std::fclose(stream);
   stream = nullptr;
   KEL_LOG(1000, "KelTmf::TmFile::CloseFile", "File closed.");
+}
+
+void TmFile::OpenFileForWriting(const std::string& path, bool overwrite) {
+  if (!overwrite && Platform::FileExists(path.c_str()))
+    KEL_RAISE(10, "File exists", "KelTmf::TmFile::OpenFileForWriting");
+  OpenFile(path);
+}
+
+void TmFile::OpenFile(const std::string& path) {
+  const char* const method = "KelTmf::TmFile::OpenFile";
+  if (stream != nullptr) KEL_RAISE(16, "File stream is already in use", method);
+  stream = std::fopen(path.c_str(), "wb");
+  if (stream == nullptr) {
+    const std::string text = "Unable to open file \"" + path + "\"";
+    KEL_RAISE(16, text.c_str(), method);
+  }
+}
+
+Block EncodeFileHead() {
+  Block head;
+  head.PutRaw(FileMagic, sizeof FileMagic);
+  head.PutRaw(FileVersion, sizeof FileVersion);
+  return head;
+}
+
+void TmFile::WriteHead() {
+  Block head = EncodeFileHead();
+  try {
+    head.Write(stream, false);
+  } catch (...) {
+    head.Release();
+    throw;
+  }
+  head.Release();
 }
 
 }  // namespace KelTmf

@@ -13,6 +13,9 @@ namespace KelTmf {
 extern const unsigned char FileMagic[8];
 extern const char FileVersion[4];
 
+// The twelve head bytes in a block of their own; the caller releases it.
+Block EncodeFileHead();
+
 // One output file and its block table.
 class TmFile {
  public:
@@ -27,6 +30,9 @@ class TmFile {
   void OpenFileForWriting(const std::string& path, bool overwrite);
   void OpenFile(const std::string& path);
   void SetBlockFlags(const std::string& name, std::uint8_t flag) { index.SetBlockFlags(name, flag); }
+  // Writes the twelve head bytes at the stream's current place (right after
+  // opening, that is offset 0); a failed write raises code 10.
+  void WriteHead();
 
   std::FILE* stream = nullptr;
   Index index;

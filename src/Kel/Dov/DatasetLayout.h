@@ -1,0 +1,53 @@
+#ifndef DOVWRITER_KEL_DOV_DATASETLAYOUT_H
+#define DOVWRITER_KEL_DOV_DATASETLAYOUT_H
+
+// The stored form of a dataset: N 4-byte values laid out so that bytes of
+// equal significance lie together, which is what lets zlib shrink arrays of
+// floats and indices.
+//
+//   width 0: the values, least significant byte first.
+//   width 1: byte planes over all values: byte 0 of every value, then
+//            byte 1, byte 2, byte 3.
+//   width w: n = N / w items; component k (values k, k + w, ...) goes to
+//            byte 4nk as byte planes over its n values; the N - nw values
+//            that do not fill an item follow in order, unchanged.
+//
+// Every value is written exactly once, straight into its final place, so
+// the block needs no working copy of the dataset.
+
+#include <cstdint>
+
+#include "Kel/Util/Coding.h"
+
+namespace KelDov {
+
+inline std::uint32_t DatasetWordBits(std::uint32_t value) { return value; }
+inline std::uint32_t DatasetWordBits(float value) { return Kel::Util::FloatBits(value); }
+
+// `out` receives 4 * count bytes; `values[i]` gives a u32 or a float.
+template <class Values>
+void EncodeDataset(unsigned char* out, const Values& values, std::uint64_t count,
+                   std::uint8_t width) {
+  if (width == 0) {
+    for (std::uint64_t i = 0; i < count; ++i)
+      Kel::Util::EncodeFixed32(out + 4 * i, DatasetWordBits(values[i]));
+    return;
+  }
+  const std::uint64_t items = count / width;
+  for (std::uint64_t k = 0; k < width; ++k) {
+    unsigned char* plane = out + 4 * items * k;
+    for (std::uint64_t i = 0; i < items; ++i) {
+      const std::uint32_t bits = DatasetWordBits(values[k + i * width]);
+      plane[i] = static_cast<unsigned char>(bits);
+      plane[items + i] = static_cast<unsigned char>(bits >> 8);
+      plane[2 * items + i] = static_cast<unsigned char>(bits >> 16);
+      plane[3 * items + i] = static_cast<unsigned char>(bits >> 24);
+    }
+  }
+  for (std::uint64_t i = items * width; i < count; ++i)
+    Kel::Util::EncodeFixed32(out + 4 * i, DatasetWordBits(values[i]));
+}
+
+}  // namespace KelDov
+
+#endif
