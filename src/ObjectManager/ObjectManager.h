@@ -10,6 +10,7 @@
 #include <boost/any.hpp>
 #include <cstdint>
 #include <map>
+#include <memory>
 #include <string>
 #include <utility>
 #include <vector>
@@ -20,6 +21,9 @@
 
 namespace Kel {
 namespace Dov {
+
+struct Dataset;
+struct MeshFrame;
 
 // Typed values under keys fixed by the library.
 typedef std::map<std::string, boost::any> PropertyMap;
@@ -161,8 +165,13 @@ class ObjectManager : public KelDov::Tree {
   static constexpr char ElementSetKeyMark = '\x1D';
 
   // ---- File binding and closing --------------------------------------------
+  // Opens the file and writes its head. Refused (code 19) once a closeFile()
+  // has started building, since the tree could not be built twice.
   void saveTo(const char* path, bool overwrite);
   void createDefaultViews(const Identifier& root);
+  // Builds the tree from the root and finishes the file, if `path` is the
+  // stored file name byte for byte; otherwise does nothing. Host errors in
+  // what the walk would reach are refused before any dataset is written.
   void closeFile(const std::string& path);
 
   // ---- Tree construction ---------------------------------------------------
@@ -171,6 +180,64 @@ class ObjectManager : public KelDov::Tree {
   void writeShape(std::uint64_t index);
   void writeGeometry(std::uint64_t index);
   void writeMesh(std::uint64_t index);
+
+ private:
+  // Where the scene stands with its file. Bound after a successful saveTo();
+  // Building from the start of the walk until the file is saved, and stays
+  // so if construction failed half way.
+  enum class FileState { Unbound, Bound, Building, Finished };
+  FileState fileState = FileState::Unbound;
+
+  void refuseCloseInState() const;
+  // The validation pass: raises code 18 for the first host error found in
+  // the part of the table that the walk from `root` reaches.
+  void checkSceneForClose() const;
+
+  // Adds a child of the current entry holding `node` and makes it current.
+  template <class NodeType>
+  NodeType* addChildNode(std::unique_ptr<NodeType> node) {
+    AddNode();
+    NodeType* held = node.release();
+    GetCurrentNode().value = held;
+    return held;
+  }
+
+  // Reads with the defaults of the builders; a value of another type counts
+  // as absent.
+  bool readFlag(std::uint64_t index, const std::string& key, bool fallback);
+  std::uint64_t readLink(std::uint64_t index, const std::string& key);
+  LinkList readLinks(std::uint64_t index, const std::string& key);
+  std::uint8_t readDimension(std::uint64_t index);
+  // "Array" of an array object; empty for NoObject or another element type.
+  const std::vector<float>& readFloatArray(std::uint64_t index);
+  const std::vector<std::uint32_t>& readIndexArray(std::uint64_t index);
+
+  void addTransformationGroup(std::uint64_t transformation);
+  void applySetColours(std::uint64_t set, KelDov::Material& material);
+
+  // The variable `name` on the geometry of the current entry. Writes the
+  // dataset, unless `target` names the variable that holds it already: then
+  // the new variable becomes a link to that one.
+  KelDov::VariableRef addVariableOrLink(const std::string& name, KelDov::Geometry::VariableType type,
+                                        const Dataset& values, const KelDov::AttributeMap& attributes,
+                                        const KelDov::VariableRef* target);
+  // Shared across the whole scene by source array object.
+  void addSharedVariable(const std::string& name, KelDov::Geometry::VariableType type,
+                         const Dataset& values, std::uint64_t source);
+  // Shared among the element sets of one mesh object, by key.
+  void addMeshVariable(MeshFrame& mesh, const std::string& key, const std::string& name,
+                       KelDov::Geometry::VariableType type, const Dataset& values,
+                       const KelDov::AttributeMap& attributes = KelDov::AttributeMap());
+
+  void readMeshFrame(std::uint64_t index, MeshFrame& mesh);
+  void readInstanceGroup(MeshFrame& mesh);
+  void writeElementSet(MeshFrame& mesh, std::uint64_t set);
+  void addInstanceValueVariables(MeshFrame& mesh, std::uint64_t set,
+                                 const std::vector<float>& nodeIdValues);
+  // "Array", "Dimension" and "Variable Type" of one per-value array object.
+  Dataset readValueArray(std::uint64_t array, KelDov::Geometry::VariableType& type);
+  std::map<std::string, std::vector<std::uint32_t>> cutPerValue(const MeshFrame& mesh,
+                                                                const std::string& setName);
 
  protected:
   std::string sceneTitle;

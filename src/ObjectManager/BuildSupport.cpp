@@ -1,0 +1,80 @@
+#include "ObjectManager/BuildSupport.h"
+
+namespace Kel {
+namespace Dov {
+
+KelDov::NumericArray Dataset::Describe() const {
+  KelDov::NumericArray array;
+  if (floats != nullptr) {
+    array.dataType = KelDov::DataTypeFloat;
+    array.byteSize = 4 * static_cast<std::uint64_t>(floats->size());
+    if (!floats->empty()) array.data = reinterpret_cast<const unsigned char*>(floats->data());
+  } else if (indices != nullptr) {
+    array.dataType = KelDov::DataTypeUnsigned;
+    array.byteSize = 4 * static_cast<std::uint64_t>(indices->size());
+    if (!indices->empty()) array.data = reinterpret_cast<const unsigned char*>(indices->data());
+  }
+  array.width = HasData() ? width : 1;
+  return array;
+}
+
+std::vector<std::uint32_t> derivePolylength(const std::vector<std::uint32_t>& connectivity,
+                                            std::uint8_t dimension) {
+  // A dimension of 0 is refused before construction starts; it counts no
+  // cells here rather than dividing by zero.
+  if (dimension == 0) return std::vector<std::uint32_t>();
+  return std::vector<std::uint32_t>(connectivity.size() / dimension, dimension);
+}
+
+std::vector<std::uint32_t> cellOffsets(const std::vector<std::uint32_t>& polylength) {
+  std::vector<std::uint32_t> offsets(polylength.size());
+  std::uint32_t sum = 0;
+  for (std::size_t i = 0; i < polylength.size(); ++i) {
+    offsets[i] = sum;
+    sum += polylength[i];
+  }
+  return offsets;
+}
+
+CutFault findCutFault(const std::vector<std::uint32_t>& cells,
+                      const std::vector<std::uint32_t>& polylength,
+                      const std::vector<std::uint32_t>& offsets, std::uint64_t connectivityCount) {
+  CutFault fault;
+  for (std::size_t i = 0; i < cells.size(); ++i) {
+    const std::uint32_t cell = cells[i];
+    const bool outside = cell >= polylength.size();
+    const std::uint64_t end =
+        outside ? 0 : static_cast<std::uint64_t>(offsets[cell]) + polylength[cell];
+    if (outside || end > connectivityCount) {
+      fault.found = true;
+      fault.position = i;
+      fault.cell = cell;
+      fault.outsidePolylength = outside;
+      fault.sliceEnd = end;
+      return fault;
+    }
+  }
+  return fault;
+}
+
+CutSet cutElementSet(const std::vector<std::uint32_t>& cells,
+                     const std::vector<std::uint32_t>& polylength,
+                     const std::vector<std::uint32_t>& offsets,
+                     const std::vector<std::uint32_t>& connectivity) {
+  CutSet cut;
+  cut.polylength.reserve(cells.size());
+  for (const std::uint32_t cell : cells) {
+    const std::uint32_t length = polylength[cell];
+    const auto start = connectivity.begin() + offsets[cell];
+    cut.polylength.push_back(length);
+    cut.connectivity.insert(cut.connectivity.end(), start, start + length);
+  }
+  return cut;
+}
+
+std::vector<float> idsToFloats(const std::vector<std::uint32_t>& ids) {
+  return std::vector<float>(ids.begin(), ids.end());
+}
+
+}  // namespace Dov
+}  // namespace Kel

@@ -1,0 +1,136 @@
+#ifndef DOVWRITER_OBJECTMANAGER_BUILDSUPPORT_H
+#define DOVWRITER_OBJECTMANAGER_BUILDSUPPORT_H
+
+// Pieces shared by the tree builders and the check that runs before them:
+// how a mesh is cut into element sets, how derived data is made, and how
+// variables are named. Nothing here touches the tree or the file.
+
+#include <boost/any.hpp>
+
+#include <cstdint>
+#include <map>
+#include <string>
+#include <vector>
+
+#include "Kel/Dov/Geometry.h"
+#include "ObjectManager/ObjectManager.h"
+
+namespace Kel {
+namespace Dov {
+
+// Prefixes of recorded names: 0x1E before a per-value data name, 0x1D before
+// an element set name. The separator is also the glue of variable names.
+const char ResultMark = '\x1E';
+const char ElementSetMark = '\x1D';
+
+// The key of per-value data of `name` on an instance group.
+inline std::string resultKey(const std::string& name) { return ResultMark + name; }
+inline std::string elementSetKey(const std::string& name) { return ElementSetMark + name; }
+
+// `name` 0x1E `group` " = " `value`: the variable of `name` at one instance
+// value.
+inline std::string valueName(const std::string& name, const std::string& group,
+                             const std::string& value) {
+  return name + ResultMark + group + " = " + value;
+}
+
+// The values of one variable as they go to the writer. The vectors belong
+// to the caller (mostly the object table) and are not copied.
+struct Dataset {
+  const std::vector<float>* floats = nullptr;
+  const std::vector<std::uint32_t>* indices = nullptr;
+  std::uint8_t width = 1;
+
+  static Dataset Of(const std::vector<float>& values, std::uint8_t width) {
+    Dataset dataset;
+    dataset.floats = &values;
+    dataset.width = width;
+    return dataset;
+  }
+  static Dataset Of(const std::vector<std::uint32_t>& values, std::uint8_t width = 1) {
+    Dataset dataset;
+    dataset.indices = &values;
+    dataset.width = width;
+    return dataset;
+  }
+  // A variable without data: type 0, width 1, nothing to write.
+  static Dataset None() { return Dataset(); }
+
+  bool HasData() const { return floats != nullptr || indices != nullptr; }
+  KelDov::NumericArray Describe() const;
+};
+
+// The element set cut out of a mesh: one polylength entry per listed cell,
+// and the cells' node indices one slice after the other.
+struct CutSet {
+  std::vector<std::uint32_t> connectivity;
+  std::vector<std::uint32_t> polylength;
+};
+
+// Why a cell of an element set cannot be cut out of its mesh.
+struct CutFault {
+  bool found = false;
+  std::uint64_t position = 0;  // in the set's list of cells
+  std::uint32_t cell = 0;
+  bool outsidePolylength = false;  // else: the slice runs past the connectivity
+  std::uint64_t sliceEnd = 0;
+};
+
+// Cells of `dimension` nodes each, as many as fit in `connectivity`.
+std::vector<std::uint32_t> derivePolylength(const std::vector<std::uint32_t>& connectivity,
+                                            std::uint8_t dimension);
+// Where each cell starts in the connectivity, in wrapping 32-bit sums.
+std::vector<std::uint32_t> cellOffsets(const std::vector<std::uint32_t>& polylength);
+CutFault findCutFault(const std::vector<std::uint32_t>& cells,
+                      const std::vector<std::uint32_t>& polylength,
+                      const std::vector<std::uint32_t>& offsets, std::uint64_t connectivityCount);
+// Only for sets that findCutFault() passed.
+CutSet cutElementSet(const std::vector<std::uint32_t>& cells,
+                     const std::vector<std::uint32_t>& polylength,
+                     const std::vector<std::uint32_t>& offsets,
+                     const std::vector<std::uint32_t>& connectivity);
+// Node ids become floats by value: exact up to 2^24, rounded above.
+std::vector<float> idsToFloats(const std::vector<std::uint32_t>& ids);
+
+// What one writeMesh() call knows about its mesh object.
+struct MeshFrame {
+  const std::vector<float>* coordinates = nullptr;
+  const std::vector<std::uint32_t>* connectivity = nullptr;
+  const std::vector<std::uint32_t>* polylength = nullptr;  // given or derived
+  std::vector<std::uint32_t> derivedPolylength;
+  std::vector<std::uint32_t> offsets;
+  const std::vector<std::uint32_t>* nodeIds = nullptr;
+  LinkList elementSets;
+
+  std::uint64_t instanceGroup = NoObject;
+  std::string groupName;
+  TextList values;
+  TextList resultNames;
+  // Per value position: where each cell of that value's polylength starts.
+  std::map<std::uint64_t, std::vector<std::uint32_t>> valueOffsets;
+
+  // Which variable of this mesh holds the dataset of a key.
+  std::map<std::string, KelDov::VariableRef> meshDatasets;
+
+  std::string nameAt(const std::string& name, std::uint64_t position) const {
+    return valueName(name, groupName, values[position]);
+  }
+};
+
+// The held T under `key`, without inserting anything; null if the key is
+// absent or holds another type.
+template <class T>
+const T* findProperty(const PropertyMap& properties, const std::string& key) {
+  auto found = properties.find(key);
+  return found == properties.end() ? nullptr : boost::any_cast<T>(&found->second);
+}
+
+// Entry `position` of a link list, or NoObject past its end.
+inline std::uint64_t linkAt(const LinkList& links, std::uint64_t position) {
+  return position < links.size() ? links[position] : NoObject;
+}
+
+}  // namespace Dov
+}  // namespace Kel
+
+#endif

@@ -1,0 +1,91 @@
+// Mesh objects: one mesh divided into element sets. The mesh becomes a
+// group; each set a shape with its own colours and, below it, a geometry
+// with the set's slice of the connectivity. Node data is written once, by
+// the first set, and linked from all others.
+
+#include "ObjectManager/BuildSupport.h"
+#include "ObjectManager/ObjectManager.h"
+
+namespace Kel {
+namespace Dov {
+
+void ObjectManager::writeMesh(std::uint64_t index) {
+  AddGroup(objects[index].name);
+  MeshFrame mesh;
+  readMeshFrame(index, mesh);
+  for (const std::uint64_t set : mesh.elementSets) writeElementSet(mesh, set);
+  MoveToParent();
+}
+
+void ObjectManager::readMeshFrame(std::uint64_t index, MeshFrame& mesh) {
+  mesh.coordinates = &readFloatArray(readLink(index, "Coordinates"));
+  const std::uint64_t connectivityLink = readLink(index, "Connectivity");
+  mesh.connectivity = &readIndexArray(connectivityLink);
+  mesh.polylength = &readIndexArray(readLink(index, "Polylength"));
+  mesh.instanceGroup = readLink(index, "Instance Group");
+  if (mesh.instanceGroup != NoObject) readInstanceGroup(mesh);
+  mesh.elementSets = readLinks(index, "Element Sets");
+
+  if (mesh.polylength->empty() && connectivityLink != NoObject) {
+    mesh.derivedPolylength = derivePolylength(*mesh.connectivity, readDimension(connectivityLink));
+    mesh.polylength = &mesh.derivedPolylength;
+  }
+  mesh.nodeIds = &readIndexArray(readLink(index, "Node Ids"));
+  if (!mesh.polylength->empty()) mesh.offsets = cellOffsets(*mesh.polylength);
+
+  // Each value with a polylength of its own gets the offsets of its cells.
+  const std::string polylengthKey = resultKey("Polylength");
+  for (const std::string& name : mesh.resultNames) {
+    if (name != polylengthKey) continue;
+    const LinkList arrays = readLinks(mesh.instanceGroup, name);
+    for (std::uint64_t j = 0; j < mesh.values.size(); ++j)
+      mesh.valueOffsets[j] = cellOffsets(readIndexArray(linkAt(arrays, j)));
+  }
+}
+
+void ObjectManager::writeElementSet(MeshFrame& mesh, std::uint64_t set) {
+  const std::string setName = objects[set].name;
+  CutSet cut;
+  if (!mesh.offsets.empty())
+    cut = cutElementSet(readIndexArray(set), *mesh.polylength, mesh.offsets, *mesh.connectivity);
+
+  std::unique_ptr<KelDov::Shape> shape(new KelDov::Shape(setName));
+  shape->material.visible = readFlag(set, "Visibility", true) ? 1 : 0;
+  applySetColours(set, addChildNode(std::move(shape))->material);
+  AddGeometry(setName);
+
+  // Every set sees all node ids of the mesh, not only those of its cells.
+  const std::vector<float> nodeIdValues = idsToFloats(*mesh.nodeIds);
+  if (!mesh.offsets.empty()) {
+    addMeshVariable(mesh, setName + ResultMark + "Connectivity", "Connectivity",
+                    KelDov::Geometry::CellConnectivity, Dataset::Of(cut.connectivity));
+    addMeshVariable(mesh, setName + ResultMark + "Polylength", "Polylength",
+                    KelDov::Geometry::PolygonLengths, Dataset::Of(cut.polylength));
+    if (!mesh.coordinates->empty())
+      addMeshVariable(mesh, "Coordinates", "Coordinates", KelDov::Geometry::Coordinates,
+                      Dataset::Of(*mesh.coordinates, 3));
+    // The trailing separator in the variable name is part of the format.
+    if (!nodeIdValues.empty())
+      addMeshVariable(mesh, "Node Ids", std::string("Node Ids") + ResultMark,
+                      KelDov::Geometry::ScalarValues, Dataset::Of(nodeIdValues, 1));
+  }
+  if (mesh.instanceGroup != NoObject) addInstanceValueVariables(mesh, set, nodeIdValues);
+  MoveToParent();
+  MoveToParent();
+}
+
+void ObjectManager::addMeshVariable(MeshFrame& mesh, const std::string& key,
+                                    const std::string& name, KelDov::Geometry::VariableType type,
+                                    const Dataset& values,
+                                    const KelDov::AttributeMap& attributes) {
+  const auto found = mesh.meshDatasets.find(key);
+  if (found != mesh.meshDatasets.end()) {
+    const KelDov::VariableRef target = found->second;
+    addVariableOrLink(name, type, values, attributes, &target);
+    return;
+  }
+  mesh.meshDatasets[key] = addVariableOrLink(name, type, values, attributes, nullptr);
+}
+
+}  // namespace Dov
+}  // namespace Kel

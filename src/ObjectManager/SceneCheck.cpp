@@ -1,0 +1,230 @@
+// The check that runs before closeFile() writes its first dataset. It walks
+// the same objects that the builders will reach, reads the same keys without
+// changing anything, and refuses (code 18) what the builders could only turn
+// into a wrong file or a crash. Incomplete objects that the builders skip in
+// silence are skipped here too. Since nothing has been written yet, the host
+// can mend the scene and call closeFile() again.
+
+#include <set>
+#include <sstream>
+
+#include "Kel/Util/Raise.h"
+#include "ObjectManager/BuildSupport.h"
+#include "ObjectManager/ObjectManager.h"
+
+namespace Kel {
+namespace Dov {
+
+namespace {
+
+const std::vector<std::uint32_t> NoIndices;
+
+class SceneCheck {
+ public:
+  explicit SceneCheck(const ObjectManager& scene) : scene(scene) {}
+
+  void checkObject(std::uint64_t index);
+
+ private:
+  void checkGroup(std::uint64_t index);
+  void checkShape(std::uint64_t index);
+  void checkGeometry(std::uint64_t index);
+  void checkMesh(std::uint64_t index);
+  void checkInstanceValues(std::uint64_t mesh, const LinkList& sets);
+  void checkCut(std::uint64_t mesh, std::uint64_t set, const std::vector<std::uint32_t>& cells,
+                const std::vector<std::uint32_t>& polylength,
+                const std::vector<std::uint32_t>& connectivity, const std::string& atValue);
+
+  template <class T>
+  const T* find(std::uint64_t index, const std::string& key) const {
+    return findProperty<T>(scene.record(index).properties, key);
+  }
+  std::uint64_t link(std::uint64_t index, const std::string& key) const {
+    const std::uint64_t* value = find<std::uint64_t>(index, key);
+    return value != nullptr ? *value : NoObject;
+  }
+  LinkList links(std::uint64_t index, const std::string& key) const {
+    const LinkList* value = find<LinkList>(index, key);
+    return value != nullptr ? *value : LinkList();
+  }
+  // "Array" as unsigned integers where the builders read nothing else;
+  // another element type reads as empty, as it does there.
+  const std::vector<std::uint32_t>& indexArray(std::uint64_t index) const {
+    if (index == NoObject) return NoIndices;
+    const auto* value = find<std::vector<std::uint32_t>>(index, "Array");
+    return value != nullptr ? *value : NoIndices;
+  }
+  // Per-value cutting data must be unsigned integers: a polylength of
+  // another type would silently cut every set to nothing.
+  const std::vector<std::uint32_t>& cuttingArray(std::uint64_t mesh, std::uint64_t array,
+                                                 const std::string& what) const;
+  std::uint8_t dimension(std::uint64_t index) const {
+    const unsigned char* value = find<unsigned char>(index, "Dimension");
+    return value != nullptr ? *value : 1;
+  }
+  std::vector<std::uint32_t> polylengthOf(std::uint64_t mesh, const std::vector<std::uint32_t>& given,
+                                          std::uint64_t connectivityLink) const;
+
+  std::string describe(std::uint64_t index) const {
+    std::ostringstream text;
+    text << "object " << index << " \"" << scene.record(index).name << "\"";
+    return text.str();
+  }
+  [[noreturn]] void refuse(std::uint64_t index, const std::string& what) const {
+    const std::string description = describe(index) + ": " + what;
+    KEL_RAISE(18, description.c_str(), "Kel::Dov::ObjectManager::closeFile");
+  }
+
+  const ObjectManager& scene;
+  std::set<std::uint64_t> onPath;   // objects whose subtree is being checked
+  std::set<std::uint64_t> checked;  // objects found sound
+};
+
+void SceneCheck::checkObject(std::uint64_t index) {
+  const ObjectType type = scene.record(index).type;
+  if (type != GeometryObject && type != ShapeObject && type != GroupObject && type != MeshObject)
+    return;
+  if (checked.count(index) != 0) return;
+  if (onPath.count(index) != 0)
+    refuse(index, "the component links form a cycle through this object");
+  onPath.insert(index);
+  switch (type) {
+    case GroupObject: checkGroup(index); break;
+    case ShapeObject: checkShape(index); break;
+    case GeometryObject: checkGeometry(index); break;
+    default: checkMesh(index); break;
+  }
+  onPath.erase(index);
+  checked.insert(index);
+}
+
+void SceneCheck::checkGroup(std::uint64_t index) {
+  for (const std::uint64_t component : links(index, "Components")) checkObject(component);
+}
+
+void SceneCheck::checkShape(std::uint64_t index) {
+  // Only the first component is built; a second one ends the walk after it.
+  const LinkList components = links(index, "Components");
+  if (!components.empty()) checkObject(components[0]);
+}
+
+void SceneCheck::checkGeometry(std::uint64_t index) {
+  const auto* meshType = find<KelDov::Geometry::VariableType>(index, "Mesh Type");
+  const bool pointMesh = meshType != nullptr && *meshType == KelDov::Geometry::PointConnectivity;
+  const std::uint64_t connectivityLink = link(index, "Connectivity");
+  if (!links(index, "Element Sets").empty() || link(index, "Coordinates") == NoObject) return;
+  if (connectivityLink == NoObject && !pointMesh) return;
+  polylengthOf(index, indexArray(link(index, "Polylength")), connectivityLink);
+}
+
+std::vector<std::uint32_t> SceneCheck::polylengthOf(std::uint64_t mesh,
+                                                    const std::vector<std::uint32_t>& given,
+                                                    std::uint64_t connectivityLink) const {
+  const std::vector<std::uint32_t>& connectivity = indexArray(connectivityLink);
+  if (!given.empty() || connectivity.empty()) return given;
+  if (dimension(connectivityLink) == 0)
+    refuse(mesh, "its connectivity " + describe(connectivityLink) +
+                     " has \"Dimension\" 0 and no polylength, so its cells cannot be counted");
+  return derivePolylength(connectivity, dimension(connectivityLink));
+}
+
+void SceneCheck::checkMesh(std::uint64_t index) {
+  const std::uint64_t connectivityLink = link(index, "Connectivity");
+  const std::vector<std::uint32_t>& connectivity = indexArray(connectivityLink);
+  const std::vector<std::uint32_t> polylength =
+      polylengthOf(index, indexArray(link(index, "Polylength")), connectivityLink);
+  const LinkList sets = links(index, "Element Sets");
+  if (!polylength.empty())
+    for (const std::uint64_t set : sets)
+      checkCut(index, set, indexArray(set), polylength, connectivity, std::string());
+  checkInstanceValues(index, sets);
+}
+
+void SceneCheck::checkCut(std::uint64_t mesh, std::uint64_t set,
+                          const std::vector<std::uint32_t>& cells,
+                          const std::vector<std::uint32_t>& polylength,
+                          const std::vector<std::uint32_t>& connectivity,
+                          const std::string& atValue) {
+  const CutFault fault = findCutFault(cells, polylength, cellOffsets(polylength), connectivity.size());
+  if (!fault.found) return;
+  std::ostringstream text;
+  text << "element set " << describe(set) << " lists cell " << fault.cell << atValue;
+  if (fault.outsidePolylength)
+    text << ", but the mesh has " << polylength.size() << " cells";
+  else
+    text << ", whose nodes would end at position " << fault.sliceEnd
+         << " of a connectivity of " << connectivity.size() << " entries";
+  refuse(mesh, text.str());
+}
+
+const std::vector<std::uint32_t>& SceneCheck::cuttingArray(std::uint64_t mesh,
+                                                           std::uint64_t array,
+                                                           const std::string& what) const {
+  const PropertyMap& properties = scene.record(array).properties;
+  if (properties.count("Array") != 0 && find<std::vector<std::uint32_t>>(array, "Array") == nullptr)
+    refuse(mesh, what + " is " + describe(array) + ", whose \"Array\" is not of unsigned int");
+  return indexArray(array);
+}
+
+void SceneCheck::checkInstanceValues(std::uint64_t mesh, const LinkList& sets) {
+  const std::uint64_t group = link(mesh, "Instance Group");
+  if (group == NoObject) return;
+  const TextList* valuesFound = find<TextList>(group, "Values");
+  const TextList* namesFound = find<TextList>(group, "Result Names");
+  const TextList values = valuesFound != nullptr ? *valuesFound : TextList();
+  const TextList names = namesFound != nullptr ? *namesFound : TextList();
+  if (values.empty()) return;
+
+  // Every list that the builders read needs an entry for each value.
+  const std::string polylengthKey = resultKey("Polylength");
+  bool perValueCells = false;
+  auto perValueList = [&](const std::string& key, const std::string& what) {
+    const LinkList list = links(group, key);
+    if (list.size() < values.size()) {
+      std::ostringstream text;
+      text << what << " on instance group " << describe(group) << " has " << list.size()
+           << " entries, but the group has " << values.size() << " values";
+      refuse(mesh, text.str());
+    }
+    return list;
+  };
+  const auto atValue = [&](std::uint64_t j) { return " at value \"" + values[j] + "\""; };
+
+  std::vector<std::vector<std::uint32_t>> polylengths;
+  for (const std::string& name : names) {
+    if (name != polylengthKey) continue;
+    perValueCells = true;
+    const LinkList list = perValueList(name, "the per-value list \"Polylength\"");
+    for (std::uint64_t j = 0; j < values.size(); ++j)
+      polylengths.push_back(cuttingArray(mesh, list[j], "the polylength" + atValue(j)));
+  }
+  if (sets.empty()) return;
+  for (const std::string& name : names)
+    perValueList(name, "the per-value list \"" + name.substr(1) + "\"");
+  if (!perValueCells) return;
+
+  const LinkList connectivities =
+      perValueList(resultKey("Connectivity"), "the per-value list \"Connectivity\"");
+  for (const std::uint64_t set : sets) {
+    const std::string setName = scene.record(set).name;
+    const LinkList cellLists =
+        perValueList(elementSetKey(setName), "the per-value cells of element set \"" + setName + "\"");
+    for (std::uint64_t j = 0; j < values.size(); ++j) {
+      const std::vector<std::uint32_t>& connectivity =
+          cuttingArray(mesh, connectivities[j], "the connectivity" + atValue(j));
+      const std::vector<std::uint32_t>& cells =
+          cuttingArray(mesh, cellLists[j], "the cells of element set \"" + setName + "\"" + atValue(j));
+      checkCut(mesh, cellLists[j], cells, polylengths[j], connectivity, atValue(j));
+    }
+  }
+}
+
+}  // namespace
+
+void ObjectManager::checkSceneForClose() const {
+  SceneCheck check(*this);
+  check.checkObject(root);
+}
+
+}  // namespace Dov
+}  // namespace Kel
