@@ -120,7 +120,8 @@ LimitFigures MeasureLimit(const std::string& path) {
     if (entry.name == "Heavy Data" && plainLength > figures.largestHeavyBlock)
       figures.largestHeavyBlock = plainLength;
   }
-  figures.seconds = watch.Seconds();
+  figures.wallSeconds = watch.WallSeconds();
+  figures.cpuSeconds = watch.CpuSeconds();
   return figures;
 }
 

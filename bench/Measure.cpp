@@ -5,6 +5,8 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <time.h>
+
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -12,6 +14,19 @@
 #include <stdexcept>
 
 namespace bench {
+
+namespace {
+
+double Clock(clockid_t clock) {
+  timespec now{};
+  clock_gettime(clock, &now);
+  return now.tv_sec + now.tv_nsec * 1e-9;
+}
+
+}  // namespace
+
+double Stopwatch::WallNow() { return Clock(CLOCK_MONOTONIC); }
+double Stopwatch::CpuNow() { return Clock(CLOCK_PROCESS_CPUTIME_ID); }
 
 std::uint64_t PeakRssBytes() {
   rusage usage{};

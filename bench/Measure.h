@@ -4,35 +4,38 @@
 // Clocks, memory figures and the child processes in which each write runs,
 // so that one writer's peak memory is not mixed with another's.
 
-#include <chrono>
 #include <cstdint>
 #include <functional>
 #include <string>
 
 namespace bench {
 
-// Adds up the wall time of the spans it is asked to time, so that the
-// benchmark's own work between library calls (making the next array) is
-// left out.
+// Adds up the wall time and the processor time (user and system, of the
+// whole process) of the spans it is asked to time, so that the benchmark's
+// own work between library calls (making the next array) is left out. On a
+// shared machine the processor time is the steadier of the two.
 class Stopwatch {
  public:
   template <class Work>
   auto Time(Work&& work) -> decltype(work()) {
-    const auto start = std::chrono::steady_clock::now();
     struct AddOnExit {
       Stopwatch* watch;
-      std::chrono::steady_clock::time_point start;
+      double wall = WallNow(), cpu = CpuNow();
       ~AddOnExit() {
-        watch->seconds += std::chrono::duration<double>(std::chrono::steady_clock::now() - start)
-                              .count();
+        watch->wallSeconds += WallNow() - wall;
+        watch->cpuSeconds += CpuNow() - cpu;
       }
-    } add{this, start};
+    } add{this};
     return work();
   }
-  double Seconds() const { return seconds; }
+  double WallSeconds() const { return wallSeconds; }
+  double CpuSeconds() const { return cpuSeconds; }
 
  private:
-  double seconds = 0;
+  static double WallNow();
+  static double CpuNow();
+  double wallSeconds = 0;
+  double cpuSeconds = 0;
 };
 
 // The peak resident set of this process so far.

@@ -126,7 +126,8 @@ WriteFigures WriteHdf5(const ModelShape& shape, const std::string& path,
     file.Close();
   }
   WriteFigures figures;
-  figures.seconds = watch.Seconds();
+  figures.wallSeconds = watch.WallSeconds();
+  figures.cpuSeconds = watch.CpuSeconds();
   figures.peakRssBytes = PeakRssBytes();
   figures.fileBytes = FileBytes(path);
   return figures;

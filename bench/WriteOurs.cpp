@@ -130,7 +130,8 @@ WriteFigures WriteOurs(const ModelShape& shape, const std::string& path) {
     });
   }
   WriteFigures figures;
-  figures.seconds = watch.Seconds();
+  figures.wallSeconds = watch.WallSeconds();
+  figures.cpuSeconds = watch.CpuSeconds();
   figures.peakRssBytes = PeakRssBytes();
   figures.fileBytes = FileBytes(path);
   return figures;

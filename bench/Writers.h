@@ -12,7 +12,9 @@
 namespace bench {
 
 struct WriteFigures {
-  double seconds = 0;             // library calls only, not the making of arrays
+  // Library calls only, not the making of arrays.
+  double wallSeconds = 0;
+  double cpuSeconds = 0;
   std::uint64_t peakRssBytes = 0;  // of the whole process that wrote
   std::uint64_t fileBytes = 0;
 };
@@ -30,7 +32,9 @@ WriteFigures WriteHdf5(const ModelShape& shape, const std::string& path,
                        const Hdf5Options& options);
 
 struct LimitFigures {
-  double seconds = 0;              // compress2 level 6 alone, over all compressed blocks
+  // compress2 level 6 alone, over all compressed blocks.
+  double wallSeconds = 0;
+  double cpuSeconds = 0;
   std::uint64_t plainBytes = 0;    // the bytes compressed
   std::uint64_t blocks = 0;
   std::uint64_t largestHeavyBlock = 0;  // plain length of the largest "Heavy Data" block
