@@ -15,7 +15,7 @@ namespace Util {
 // description, source file, line, method and time.
 class DOVWRITER_API Exception : public std::exception {
  public:
-  static const std::size_t MaxWhatLength = 5632;
+  static constexpr std::size_t MaxWhatLength = 5632;
 
   Exception(std::int32_t code, const char* description, const char* file,
             std::uint32_t line, const char* method);

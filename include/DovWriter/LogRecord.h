@@ -13,7 +13,7 @@ namespace Util {
 // One log message. Built on the caller's stack, so it holds its text in a
 // fixed array; appends beyond the capacity are cut, never overflow.
 struct DOVWRITER_API LogRecord {
-  static const std::size_t MaxMessageLength = 5120;
+  static constexpr std::size_t MaxMessageLength = 5120;
 
   std::uint16_t level;
   char message[MaxMessageLength + 1];

@@ -1,0 +1,133 @@
+#include <DovWriter/DovWriter.h>
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cstdio>
+#include <cstdlib>
+#include <fstream>
+#include <sstream>
+#include <string>
+#include <sys/stat.h>
+
+#include "Kel/Log/Log.h"
+#include "Kel/Log/Logger.h"
+#include "Kel/Util/Raise.h"
+
+using Kel::Util::LogRecord;
+
+namespace {
+
+// A fresh path for this test; ctest runs each test in its own process, so
+// the log singleton starts empty in every test.
+std::string TestPath(const std::string& suffix) {
+  const char* dir = std::getenv("DOVWRITER_TEST_TMP");
+  std::string base = dir != nullptr ? dir : "/tmp/dovwriter-tests";
+  mkdir(base.c_str(), 0777);
+  const auto* info = ::testing::UnitTest::GetInstance()->current_test_info();
+  std::string path = base + "/" + info->test_suite_name() + "." + info->name() + "." +
+                     std::to_string(getpid()) + suffix;
+  std::remove(path.c_str());
+  return path;
+}
+
+std::string ReadFile(const std::string& path) {
+  std::ifstream in(path, std::ios::binary);
+  std::ostringstream text;
+  text << in.rdbuf();
+  return text.str();
+}
+
+bool Exists(const std::string& path) {
+  struct stat info;
+  return stat(path.c_str(), &info) == 0;
+}
+
+}  // namespace
+
+TEST(LogRecordText, AppendsNumbersAndCutsAtCapacity) {
+  LogRecord record(1000, "a/b.cpp", 3, "M");
+  record << "Writing buffer " << 12u << " of " << -3 << " at " << 18446744073709551615ull;
+  EXPECT_STREQ("Writing buffer 12 of -3 at 18446744073709551615", record.message);
+
+  LogRecord full(1000, "a/b.cpp", 3, "M");
+  full << std::string(5000, 'x') << std::string(500, 'y');
+  EXPECT_EQ(std::string(5000, 'x') + std::string(120, 'y'), full.message);
+  full << "more" << 7;
+  EXPECT_EQ(LogRecord::MaxMessageLength, std::string(full.message).size());
+}
+
+TEST(LogFormatting, FileNameLineAndMessage) {
+  Kel::Log::DefaultFormatter format;
+  LogRecord record(2000, "Kel/Tmf/Block", 167, "KelTmf::Block::AllocateAdditionalMemory");
+  record << "Memory Allocation Error";
+  EXPECT_EQ("Block : 167 @ Memory Allocation Error\n", format(record));
+
+  LogRecord windows(1000, "C:\\src\\Kel\\Tmf\\Index.cpp", 5, "M");
+  windows << "x";
+  EXPECT_EQ("Index.cpp : 5 @ x\n", format(windows));
+}
+
+TEST(LogFiltering, LevelsCompareAtLeast) {
+  Kel::Log::LevelFilter<1000> progress;
+  Kel::Log::LevelFilter<2000> failures;
+  LogRecord record;
+  record.level = 999;
+  EXPECT_FALSE(progress(record));
+  record.level = 1000;
+  EXPECT_TRUE(progress(record));
+  EXPECT_FALSE(failures(record));
+  record.level = 2000;
+  EXPECT_TRUE(failures(record));
+  record.level = 65535;
+  EXPECT_TRUE(failures(record));
+}
+
+TEST(LogRouting, NothingIsPublishedWithoutATraceFile) {
+  KEL_LOG(1000, "Test::Progress", "progress " << 1);
+  EXPECT_FALSE(Kel::Log::Active());
+  EXPECT_THROW(KEL_RAISE_CODE(5, "Test::Failure"), Kel::Util::Exception);
+  // The failure created the logger, but it has no route to send anything.
+  EXPECT_FALSE(Kel::Log::Active());
+}
+
+TEST(LogRouting, TraceFileGetsEveryRecordFlushedAtOnce) {
+  const std::string path = TestPath(".log");
+  Kel::Dov::logTraceToFile(path.c_str());
+  ASSERT_TRUE(Kel::Log::Active());
+
+  LogRecord low(999, "x/Low.cpp", 1, "M");
+  low << "below every filter";
+  Kel::Log::Publish(low);
+  KEL_LOG(1000, "Test::Progress", "Writing buffer " << 3 << " to stream.");
+  // Read while the stream is still open: each record is flushed at once.
+  const std::string progressLine = ReadFile(path);
+  EXPECT_EQ(0u, progressLine.find("LogTest.cpp : "));
+  EXPECT_NE(std::string::npos, progressLine.find(" @ Writing buffer 3 to stream.\n"));
+
+  Kel::Dov::Scene_V1 scene;
+  EXPECT_THROW(scene.validate(Kel::Dov::Identifier{0, 0}), Kel::Util::Exception);
+  const std::string text = ReadFile(path);
+  const std::string failureLine = text.substr(progressLine.size());
+  EXPECT_EQ(0u, failureLine.find("ObjectManager.cpp : "));
+  EXPECT_EQ(" @ Invalid Identifier\n", failureLine.substr(failureLine.find(" @ ")));
+  EXPECT_EQ(std::string::npos, text.find("below every filter"));
+}
+
+TEST(LogRouting, OneTraceFilePerProcess) {
+  const std::string first = TestPath(".first.log");
+  const std::string second = TestPath(".second.log");
+  {
+    std::ofstream old(first);
+    old << "stale content\n";
+  }
+  Kel::Dov::logTraceToFile(first.c_str());
+  EXPECT_EQ("", ReadFile(first)) << "an existing file is emptied";
+  Kel::Dov::logTraceToFile(second.c_str());
+  KEL_LOG(1000, "Test::Progress", "after the second call");
+  EXPECT_FALSE(Exists(second));
+  EXPECT_NE(std::string::npos, ReadFile(first).find(" @ after the second call\n"));
+  // Still exactly one line: one route, not two.
+  const std::string text = ReadFile(first);
+  EXPECT_EQ(1, std::count(text.begin(), text.end(), '\n'));
+}

@@ -1,0 +1,79 @@
+#include <DovWriter/Exception.h>
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <string>
+
+#include "Platform/Platform.h"
+
+using Kel::Util::Exception;
+
+namespace {
+
+// The text what() must give, for the clock reading `time`.
+std::string ExpectedText(const std::string& name, const std::string& description,
+                         const std::string& file, unsigned line, const std::string& method,
+                         std::int64_t time) {
+  return "Exception \"" + name + "\" raised. \n" + "Description : " + description + " \n" +
+         "       File : " + file + " \n" + "       Line : " + std::to_string(line) + " \n" +
+         "     Method : " + method + " \n" + "       Time : " + Platform::CTimeText(time) + " \n";
+}
+
+// what() matches the expected text for one of the clock readings around
+// the construction (a second may tick in between).
+void ExpectText(const Exception& error, std::int64_t before, std::int64_t after,
+                const std::string& name, const std::string& description, const std::string& file,
+                unsigned line, const std::string& method) {
+  const std::string text = error.what();
+  for (std::int64_t t = before; t <= after; ++t)
+    if (text == ExpectedText(name, description, file, line, method, t)) return;
+  ADD_FAILURE() << "unexpected text:\n" << text;
+}
+
+}  // namespace
+
+TEST(ExceptionText, DescribedExceptionHasTheExactMultiLineText) {
+  const std::int64_t before = Platform::Now();
+  const Exception error(10, "File exists", "src/Kel/Tmf/TmFile.cpp", 88,
+                        "KelTmf::TmFile::OpenFileForWriting");
+  ExpectText(error, before, Platform::Now(), "Write Error", "File exists",
+             "src/Kel/Tmf/TmFile.cpp", 88, "KelTmf::TmFile::OpenFileForWriting");
+  EXPECT_EQ(10, error.GetCode());
+  EXPECT_STREQ("File exists", error.GetDescription());
+  // The text ends with the line that holds one blank behind ctime's line feed.
+  const std::string text = error.what();
+  EXPECT_EQ("\n \n", text.substr(text.size() - 3));
+}
+
+TEST(ExceptionText, ConstructorWithoutDescriptionUsesTheTextOfTheCode) {
+  const char* method = "KelTmf::Index::Put";
+  const std::int64_t before = Platform::Now();
+  const Exception error(5, "src/Kel/Tmf/Index.cpp", 412, method);
+  ExpectText(error, before, Platform::Now(), "Element Not Found", "Element Not Found",
+             "src/Kel/Tmf/Index.cpp", 412, "KelTmf::Index::Put");
+  EXPECT_STREQ("Element Not Found", error.GetDescription());
+}
+
+TEST(ExceptionText, LongDescriptionAndTextAreCutWithoutFailure) {
+  const std::string description(6000, 'd');
+  const std::string file(1000, 'f');
+  const Exception error(1, description.c_str(), file.c_str(), 1, "M");
+  EXPECT_EQ(std::string(5120, 'd'), error.GetDescription());
+  // 5,632 bytes including the terminating NUL.
+  EXPECT_EQ(Exception::MaxWhatLength - 1, std::strlen(error.what()));
+  EXPECT_EQ(0, std::strncmp(error.what(), "Exception \"Out of Bounds\" raised. \n", 35));
+}
+
+TEST(ExceptionText, CopyKeepsCodeDescriptionAndText) {
+  const Exception original(14, "This point should not be reached", "a/b.cpp", 7,
+                           "KelTmf::Index::AddBlock");
+  const Exception copy(original);
+  EXPECT_EQ(14, copy.GetCode());
+  EXPECT_STREQ(original.GetDescription(), copy.GetDescription());
+  EXPECT_STREQ(original.what(), copy.what());
+
+  Exception assigned(0, "x", "y", 1, "z");
+  assigned = original;
+  EXPECT_EQ(14, assigned.GetCode());
+  EXPECT_STREQ(original.what(), assigned.what());
+}

@@ -1,0 +1,100 @@
+// The typed property store, text attributes and the value text rule.
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "ObjectManager/ValueText.h"
+#include "SceneTestSupport.h"
+
+using namespace Kel::Dov;
+
+TEST(PropertyStore, ReadsAreExactlyTypedAndInsertTheDefault) {
+  InspectableScene scene;
+  ObjectManager& table = scene.table();
+  const std::uint64_t object = scene.createObject(ArrayObject).second;
+
+  EXPECT_FALSE(table.hasProperty(object, "Dimension"));
+  unsigned char* width = table.readProperty<unsigned char>(object, "Dimension", 4);
+  ASSERT_NE(nullptr, width);
+  EXPECT_EQ(4, *width);
+  EXPECT_TRUE(table.hasProperty(object, "Dimension"));
+  *width = 9;
+  EXPECT_EQ(9, *table.readProperty<unsigned char>(object, "Dimension", 1));
+
+  // Another type reads as null and leaves the value alone; no conversion.
+  EXPECT_EQ(nullptr, table.readProperty<unsigned int>(object, "Dimension", 1));
+  EXPECT_EQ(9, *table.readProperty<unsigned char>(object, "Dimension", 1));
+
+  table.storeProperty(object, "Array", std::vector<double>{1.0, 2.0});
+  EXPECT_EQ(nullptr, table.readProperty<std::vector<float>>(object, "Array", {}));
+  EXPECT_EQ(2u, table.readProperty<std::vector<double>>(object, "Array", {})->size());
+
+  // Storing replaces a value of any type.
+  table.storeProperty(object, "Array", std::vector<float>{3.0f});
+  EXPECT_EQ(nullptr, table.readProperty<std::vector<double>>(object, "Array", {}));
+  EXPECT_EQ(std::vector<float>{3.0f}, *table.readProperty<std::vector<float>>(object, "Array", {}));
+
+  // Keys are compared exactly.
+  EXPECT_FALSE(table.hasProperty(object, "dimension"));
+  EXPECT_FALSE(table.hasProperty(object, "Dimension "));
+}
+
+TEST(ValueText, EachElementTypeBecomesItsText) {
+  EXPECT_EQ("A", ValueText(static_cast<unsigned char>(65)));
+  EXPECT_EQ(std::string(1, '\xff'), ValueText(static_cast<signed char>(-1)));
+  EXPECT_EQ("-32768", ValueText(static_cast<short>(-32768)));
+  EXPECT_EQ("18446744073709551615", ValueText(18446744073709551615ull));
+  EXPECT_EQ("0.5", ValueText(0.5f));
+  EXPECT_EQ("2", ValueText(2.0));
+  EXPECT_EQ("0.1", ValueText(0.1));
+  EXPECT_EQ("1.23457e+06", ValueText(1234567.0));
+  EXPECT_EQ("1e-07", ValueText(1e-7));
+  EXPECT_EQ("Step 3", ValueText("Step 3"));
+}
+
+TEST(TextAttributes, SetPropertyStoresTheValueTextUnderTheHostsKey) {
+  InspectableScene scene;
+  const Identifier object = scene.createObject(GroupObject);
+
+  scene.setProperty(object, "count", 7);
+  const std::string asInt = scene.attribute(object, "count");
+  scene.setProperty(object, "count", "7");
+  EXPECT_EQ(asInt, scene.attribute(object, "count"));
+  EXPECT_EQ("7", asInt);
+
+  scene.setProperty(object, "letter", static_cast<unsigned char>(65));
+  EXPECT_EQ("A", scene.attribute(object, "letter"));
+  scene.setProperty(object, "letter", static_cast<unsigned char>(0));
+  EXPECT_EQ("", scene.attribute(object, "letter"));
+  scene.setProperty(object, "small", 0.1);
+  EXPECT_EQ("0.1", scene.attribute(object, "small"));
+  scene.setProperty(object, "big", 1234567.0);
+  EXPECT_EQ("1.23457e+06", scene.attribute(object, "big"));
+  scene.setProperty(object, "wide", std::int64_t(-5));
+  scene.setProperty(object, "wider", 5ull);
+  EXPECT_EQ("-5", scene.attribute(object, "wide"));
+  EXPECT_EQ("5", scene.attribute(object, "wider"));
+  scene.setProperty(object, "", 1);
+  EXPECT_EQ("1", scene.attribute(object, ""));
+  EXPECT_EQ("<absent>", scene.attribute(object, "COUNT"));
+
+  // Attributes and properties never meet.
+  scene.setDimension(object, 3);
+  scene.setProperty(object, "Dimension", 8);
+  EXPECT_EQ(3, *scene.property<unsigned char>(object, "Dimension"));
+  EXPECT_EQ("8", scene.attribute(object, "Dimension"));
+}
+
+TEST(TextAttributes, LongTextsAreCutTo255BytesAndTheAreaIsZeroFilled) {
+  InspectableScene scene;
+  const Identifier object = scene.createObject(GroupObject);
+  const std::string longText(300, 'L');
+  scene.setProperty(object, "long", longText.c_str());
+  EXPECT_EQ(std::string(255, 'L'), scene.attribute(object, "long"));
+
+  scene.setProperty(object, "short", "ab");
+  const auto& value = scene.table().record(object.second).attributes.at("short");
+  for (std::size_t i = 2; i < sizeof value.value.text; ++i)
+    ASSERT_EQ(0, value.value.text[i]) << "byte " << i;
+}

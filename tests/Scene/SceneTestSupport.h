@@ -1,0 +1,45 @@
+#ifndef DOVWRITER_TESTS_SCENE_SCENETESTSUPPORT_H
+#define DOVWRITER_TESTS_SCENE_SCENETESTSUPPORT_H
+
+#include <DovWriter/DovWriter.h>
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include "ObjectManager/ObjectManager.h"
+
+// A scene whose object table the tests may look into.
+class InspectableScene : public Kel::Dov::Scene_V1 {
+ public:
+  using Scene_V1::Scene_V1;
+  Kel::Dov::ObjectManager& table() { return *manager; }
+
+  // The property under `key` if it holds exactly a T; null otherwise, and
+  // null (without inserting anything) if the key is absent.
+  template <class T>
+  const T* property(const Kel::Dov::Identifier& object, const std::string& key) {
+    if (!table().hasProperty(object.second, key)) return nullptr;
+    return table().readProperty<T>(object.second, key, T());
+  }
+  std::string attribute(const Kel::Dov::Identifier& object, const std::string& key) {
+    const auto& attributes = table().record(object.second).attributes;
+    auto found = attributes.find(key);
+    if (found == attributes.end()) return "<absent>";
+    EXPECT_EQ(2u, found->second.kind);
+    return std::string(found->second.value.text);
+  }
+};
+
+// Runs `call` and expects the identifier failure, code 8.
+template <class Call>
+void ExpectInvalidIdentifier(Call call) {
+  try {
+    call();
+    ADD_FAILURE() << "no exception";
+  } catch (const Kel::Util::Exception& error) {
+    EXPECT_EQ(8, error.GetCode());
+    EXPECT_STREQ("Invalid Identifier", error.GetDescription());
+  }
+}
+
+#endif
