@@ -20,7 +20,7 @@ extern const std::string IndexBlockName;  // "\vIndex Block "
 
 struct Block {
   // Buffers grow linearly by this step (or by one large item).
-  static const std::uint64_t GrowthStep = 0xA00000;
+  static constexpr std::uint64_t GrowthStep = 0xA00000;
 
   unsigned char* data = nullptr;  // owned by whoever holds the block; realloc/free
   std::uint64_t capacity = 0;
