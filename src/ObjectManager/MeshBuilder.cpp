@@ -55,7 +55,9 @@ void ObjectManager::writeElementSet(MeshFrame& mesh, std::uint64_t set) {
   AddGeometry(setName);
 
   // Every set sees all node ids of the mesh, not only those of its cells.
-  const std::vector<float> nodeIdValues = idsToFloats(*mesh.nodeIds);
+  const bool usesNodeIds = !mesh.offsets.empty() || mesh.instanceGroup != NoObject;
+  const std::vector<float> nodeIdValues =
+      usesNodeIds ? idsToFloats(*mesh.nodeIds) : std::vector<float>();
   if (!mesh.offsets.empty()) {
     addMeshVariable(mesh, setName + ResultMark + "Connectivity", "Connectivity",
                     KelDov::Geometry::CellConnectivity, Dataset::Of(cut.connectivity));
