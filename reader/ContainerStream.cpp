@@ -119,8 +119,7 @@ std::vector<unsigned char> Container::ReadStream(const std::string& name) const 
   return stream;
 }
 
-std::vector<unsigned char> Container::ReadStreamRange(const std::string& name,
-                                                      std::uint64_t offset,
+std::vector<unsigned char> Container::ReadStreamRange(const std::string& name, std::uint64_t offset,
                                                       std::uint64_t length) const {
   const std::uint64_t total = StreamLength(name);
   if (offset > total || length > total - offset)

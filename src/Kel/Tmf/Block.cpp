@@ -25,7 +25,8 @@ const std::uint64_t MaxBlockBytes = std::numeric_limits<std::uint32_t>::max();
 
 void Block::AllocateAdditionalMemory(const std::uint64_t& extra) {
   const std::uint64_t wanted = capacity + extra;
-  void* grown = wanted <= std::numeric_limits<std::size_t>::max() ? std::realloc(data, wanted) : nullptr;
+  void* grown =
+      wanted <= std::numeric_limits<std::size_t>::max() ? std::realloc(data, wanted) : nullptr;
   if (grown == nullptr) KEL_RAISE_CODE(0, "KelTmf::Block::AllocateAdditionalMemory");
   data = static_cast<unsigned char*>(grown);
   capacity = wanted;

@@ -34,12 +34,12 @@ struct Block {
   void Write(std::FILE* stream, bool withLengthPrefix) const;
 
   // Typed puts, one per stored encoding.
-  void Put(bool value);                       // u8
-  void Put(std::uint8_t value);               // u8
-  void Put(std::uint32_t value);              // u32
-  void Put(std::uint64_t value);              // u64
-  void Put(float value);                      // f32
-  void Put(const std::string& value);         // text
+  void Put(bool value);                // u8
+  void Put(std::uint8_t value);        // u8
+  void Put(std::uint32_t value);       // u32
+  void Put(std::uint64_t value);       // u64
+  void Put(float value);               // f32
+  void Put(const std::string& value);  // text
   // A string literal must not fall to the bool overload.
   void Put(const char* value) { Put(std::string(value)); }
   void Put(const std::vector<std::string>& values);    // list of text

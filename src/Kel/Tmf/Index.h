@@ -59,6 +59,9 @@ class Index {
   BlockSizeLimiter& GetBlockSizeLimiter(const std::string& name);
   std::uint64_t SelectBlock(const std::string& name);
 
+  // Every put refuses a stream name that begins like one of the two
+  // reserved block names (code 16), and a value that would carry a block to
+  // 4 GiB (code 1).
   // raw(n) into the stream.
   void Put(const std::string& name, const void* data, std::uint64_t byteCount);
   // Typed puts; each value lies whole in one block.
@@ -78,7 +81,8 @@ class Index {
   // Puts a compound value that must lie whole in one block (a framed
   // record, a list of records, a dataset encoded in place): selects the
   // block once, checks it as a typed put does, and lets `encode` write
-  // into it.
+  // into it. `encode` must touch only that block: another put through the
+  // index may add blocks and move the one it holds.
   template <class Encode>
   void PutRecord(const std::string& name, Encode&& encode) {
     Block& block = BlockForTypedPut(name);

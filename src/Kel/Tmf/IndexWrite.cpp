@@ -7,8 +7,8 @@
 #include "Kel/Log/Log.h"
 #include "Kel/Tmf/BlockZlibCompressor.h"
 #include "Kel/Tmf/Index.h"
-#include "Platform/Platform.h"
 #include "Kel/Util/Raise.h"
+#include "Platform/Platform.h"
 
 namespace KelTmf {
 
@@ -139,7 +139,8 @@ void Index::FlushFrozen(std::FILE* stream) {
     const BlockSizeLimiter& limiter = entry.second;
     for (std::uint64_t number : limiter.blocks) {
       const BlockRecord& record = records[number];
-      if (record.frozen || !(record.flags & BlockFlagFreeze) || blocks[number].length < limiter.limit)
+      if (record.frozen || !(record.flags & BlockFlagFreeze) ||
+          blocks[number].length < limiter.limit)
         continue;
       while (finalPrefix < number && IsFinal(finalPrefix)) ++finalPrefix;
       // A lower block that can still grow leaves this block's place open.

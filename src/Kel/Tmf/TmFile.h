@@ -29,7 +29,9 @@ class TmFile {
   // With overwrite false an existing file is refused (code 10).
   void OpenFileForWriting(const std::string& path, bool overwrite);
   void OpenFile(const std::string& path);
-  void SetBlockFlags(const std::string& name, std::uint8_t flag) { index.SetBlockFlags(name, flag); }
+  void SetBlockFlags(const std::string& name, std::uint8_t flag) {
+    index.SetBlockFlags(name, flag);
+  }
   // Writes the twelve head bytes at the stream's current place (right after
   // opening, that is offset 0); a failed write raises code 10.
   void WriteHead();

@@ -1,8 +1,8 @@
 #ifndef DOVWRITER_TESTS_TMF_SUPPORT_H
 #define DOVWRITER_TESTS_TMF_SUPPORT_H
 
-// Shared helpers of the container tests: scratch files, whole-file reads,
-// a log capture, and expectations on the library's exception.
+// Helpers of the container and reader tests: scratch files, bytes, and
+// expectations on the library's exception.
 
 #include <DovWriter/Exception.h>
 #include <gtest/gtest.h>
@@ -14,7 +14,6 @@
 #include <string>
 #include <vector>
 
-#include "Kel/Log/Logger.h"
 #include "Kel/Tmf/TmFile.h"
 
 namespace TmfTest {
@@ -27,10 +26,8 @@ inline std::string ScratchPath(const std::string& suffix = ".tmf") {
   std::filesystem::path dir = root != nullptr ? root : "/tmp/dovwriter_tests";
   std::filesystem::create_directories(dir);
   const ::testing::TestInfo* test = ::testing::UnitTest::GetInstance()->current_test_info();
-  std::string name = std::string("tmf_") + test->test_suite_name() + "_" + test->name() + suffix;
-  for (char& c : name)
-    if (c == '/') c = '_';
-  std::filesystem::path path = dir / name;
+  std::filesystem::path path =
+      dir / (std::string("tmf_") + test->test_suite_name() + "_" + test->name() + suffix);
   std::filesystem::remove(path);
   return path.string();
 }
@@ -40,61 +37,30 @@ inline Bytes ReadAll(const std::string& path) {
   return Bytes(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
 }
 
-inline Bytes Le32(std::uint32_t value) {
-  return {static_cast<unsigned char>(value), static_cast<unsigned char>(value >> 8),
-          static_cast<unsigned char>(value >> 16), static_cast<unsigned char>(value >> 24)};
+inline void WriteAll(const std::string& path, const Bytes& bytes) {
+  std::ofstream(path, std::ios::binary | std::ios::trunc)
+      .write(reinterpret_cast<const char*>(bytes.data()),
+             static_cast<std::streamsize>(bytes.size()));
 }
 
-inline void Append(Bytes& to, const Bytes& more) { to.insert(to.end(), more.begin(), more.end()); }
+inline void Put32(Bytes& bytes, std::size_t at, std::uint32_t value) {
+  for (int i = 0; i < 4; ++i) bytes[at + i] = static_cast<unsigned char>(value >> (8 * i));
+}
+
+inline void Append32(Bytes& bytes, std::uint32_t value) {
+  bytes.resize(bytes.size() + 4);
+  Put32(bytes, bytes.size() - 4, value);
+}
+
+inline Bytes Pattern(std::size_t count, unsigned seed) {
+  Bytes bytes(count);
+  for (std::size_t i = 0; i < count; ++i) bytes[i] = static_cast<unsigned char>((i * seed) >> 2);
+  return bytes;
+}
 
 inline Bytes BlockBytes(const KelTmf::Block& block) {
   return Bytes(block.data, block.data + block.length);
 }
-
-// Collects every published log line while alive (one capture at a time).
-class LogCapture {
- public:
-  LogCapture() {
-    Lines().clear();
-    Enabled() = true;
-    static bool installed = false;
-    if (!installed) {
-      Kel::Log::Logger& logger = Kel::Log::Logger::Instance();
-      logger.AddFilter<Kel::Log::LevelFilter<1000>>("tmf test capture");
-      logger.AddPublisher("tmf test capture", new Publisher());
-      logger.SetFilter("tmf test capture", "tmf test capture");
-      installed = true;
-    }
-  }
-  ~LogCapture() { Enabled() = false; }
-  void Clear() { Lines().clear(); }
-  // Messages alone, without "file : line @ ".
-  std::vector<std::string> Messages() const {
-    std::vector<std::string> messages;
-    for (const std::string& line : Lines()) {
-      const std::size_t at = line.find(" @ ");
-      messages.push_back(line.substr(at + 3, line.size() - at - 4));
-    }
-    return messages;
-  }
-
- private:
-  class Publisher : public Kel::Log::Publisher {
-   public:
-    void Publish(const char* text) override {
-      if (Enabled()) Lines().push_back(text);
-    }
-    void Flush() override {}
-  };
-  static std::vector<std::string>& Lines() {
-    static std::vector<std::string> lines;
-    return lines;
-  }
-  static bool& Enabled() {
-    static bool enabled = false;
-    return enabled;
-  }
-};
 
 // Runs `action` and expects the library's exception with this code and
 // description.
