@@ -18,7 +18,7 @@ namespace KelDov {
 
 // Kind 0 and 1: a 32-bit word; 2: text; 3: a 64-bit word.
 struct AttributeValue {
-  static const std::size_t TextAreaSize = 256;
+  static constexpr std::size_t TextAreaSize = 256;
 
   std::uint32_t kind = 0;
   union {

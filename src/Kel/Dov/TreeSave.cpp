@@ -1,5 +1,3 @@
-#include <cassert>
-
 #include "Kel/Dov/FramedRecord.h"
 #include "Kel/Dov/Tree.h"
 #include "Kel/Log/Log.h"
@@ -65,11 +63,9 @@ void Tree::SetStreamFile(const std::string& path, bool overwrite) {
   KEL_LOG(1000, "KelDov::Tree::SetStreamFile", "Setting dov file \"" << path << "\"");
   file.OpenFileForWriting(path, overwrite);
   formatVersion = TreeFormatVersion;
-  // The head goes straight to the file; the index reserves the first 12
-  // bytes for it.
-  Platform::Seek64(file.stream, 0);
-  std::fwrite(KelTmf::FileMagic, 1, sizeof KelTmf::FileMagic, file.stream);
-  std::fwrite(formatVersion.c_str(), 1, formatVersion.size() + 1, file.stream);
+  // The head goes straight to the file, at offset 0 of the freshly opened
+  // stream; the index keeps the 12 bytes free for it.
+  file.WriteHead();
 }
 
 void Tree::Save(KelTmf::TmFile& file, const std::string& comment) {

@@ -80,14 +80,4 @@ TEST(DatasetLayoutTest, MatchesTheTwoStepReorderingForManyShapes) {
   }
 }
 
-TEST(DatasetLayoutTest, FloatsKeepTheirBitPatterns) {
-  const std::vector<float> values = {1.0f, -0.0f, 3.5f};
-  Bytes out(12);
-  KelDov::EncodeDataset(out.data(), values.data(), values.size(), 1);
-  // 1.0 = 3F800000, -0.0 = 80000000, 3.5 = 40600000
-  EXPECT_EQ((Bytes{0x00, 0x00, 0x00, 0x00, 0x00, 0x00, 0x80, 0x00, 0x60,
-                   0x3F, 0x80, 0x40}),
-            out);
-}
-
 }  // namespace

@@ -32,25 +32,6 @@ Geometry& GeometryAt(KelDov::Tree& tree, std::uint32_t id) {
   return dynamic_cast<Geometry&>(*tree[id].value);
 }
 
-TEST(TreeBuildTest, NodesGoUnderTheCurrentEntry) {
-  KelDov::Tree tree;
-  tree.AddGroup("top", false);
-  tree.AddGeometry("mesh");
-  tree.MoveToParent();
-  tree.AddGroup("side");
-  EXPECT_EQ("Group", tree[2].value->TypeName());
-  EXPECT_EQ("Geometry", tree[3].value->TypeName());
-  EXPECT_EQ("side", tree[4].value->name);
-  EXPECT_EQ(2u, tree[4].parent);
-  EXPECT_EQ(3u, tree[4].previousSibling);
-
-  const auto& top = dynamic_cast<const KelDov::Group&>(*tree[2].value);
-  ASSERT_EQ(1u, top.attributes.size());
-  EXPECT_EQ(0u, top.attributes.at("visible").kind);
-  EXPECT_EQ(0u, top.attributes.at("visible").value.word);
-  EXPECT_TRUE(dynamic_cast<const KelDov::Group&>(*tree[4].value).attributes.empty());
-}
-
 TEST(TreeBuildTest, AddVariableAgainReplacesArrayAndOffsetAndMergesAttributes) {
   KelDov::Tree tree;
   tree.AddGeometry("g");
@@ -139,20 +120,6 @@ TEST(TreeBuildTest, VariableOperationsRefuseEntriesWithoutAGeometry) {
       EXPECT_EQ(5, e.GetCode());
     }
   }
-}
-
-TEST(TreeBuildTest, MaterialDefaults) {
-  KelDov::Shape shape("s");
-  const KelDov::Material& m = shape.material;
-  EXPECT_EQ(0x3F4CCCCDu, Kel::Util::FloatBits(m.diffuse[0]));
-  EXPECT_EQ(0x3E23D70Bu, Kel::Util::FloatBits(m.ambient[0]));
-  EXPECT_EQ(0x3E23D70Bu, Kel::Util::FloatBits(m.ambient[2]));
-  EXPECT_EQ(0x3E4CCCCDu, Kel::Util::FloatBits(m.ambient[3]));
-  EXPECT_EQ(1.0f, m.specular[3]);
-  EXPECT_EQ(1.0f, m.emissive[3]);
-  EXPECT_EQ(0.0f, m.emissive[0]);
-  EXPECT_EQ(1u, m.visible);
-  EXPECT_TRUE(m.name.empty());
 }
 
 TEST(TreeBuildTest, RandomDiffuseRestartsWithEveryTree) {
