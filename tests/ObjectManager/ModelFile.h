@@ -1,0 +1,104 @@
+#ifndef DOVWRITER_TESTS_OBJECTMANAGER_MODELFILE_H
+#define DOVWRITER_TESTS_OBJECTMANAGER_MODELFILE_H
+
+// Test support: a scene written to a fresh file, the arrays a host makes,
+// and the file read back through our own reader.
+
+#include <gtest/gtest.h>
+
+#include <DovWriter/DovWriter.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <fstream>
+#include <iterator>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "reader/Container.h"
+#include "reader/Scene.h"
+
+namespace roadtest {
+
+using Kel::Dov::Identifier;
+using Kel::Dov::Scene_V1;
+typedef std::vector<std::uint32_t> Words;
+typedef std::vector<float> Floats;
+
+// A path of its own for the running test, with no file behind it yet.
+inline std::string freshPath(const std::string& suffix = "") {
+  const char* directory = std::getenv("DOVWRITER_TEST_TMP");
+  std::string base = directory != nullptr ? directory : "/tmp";
+  std::system(("mkdir -p '" + base + "'").c_str());
+  const ::testing::TestInfo* test = ::testing::UnitTest::GetInstance()->current_test_info();
+  std::string path = base + "/road_" + test->test_suite_name() + "_" + test->name() + suffix + ".dov";
+  std::remove(path.c_str());
+  return path;
+}
+
+inline std::vector<unsigned char> fileBytes(const std::string& path) {
+  std::ifstream in(path, std::ios::binary);
+  return std::vector<unsigned char>(std::istreambuf_iterator<char>(in),
+                                    std::istreambuf_iterator<char>());
+}
+
+// An array object holding `values`, with "Dimension" set before the values.
+template <class T>
+Identifier makeArray(Scene_V1& scene, const std::vector<T>& values, unsigned char dimension = 1) {
+  const Identifier array = scene.createObject(Kel::Dov::ArrayObject);
+  scene.setDimension(array, dimension);
+  scene.setValues<T>(array, values.data(), dimension == 0 ? 0 : values.size() / dimension);
+  return array;
+}
+
+inline Identifier makeObject(Scene_V1& scene, Kel::Dov::ObjectType type, const char* name) {
+  const Identifier object = scene.createObject(type);
+  scene.setName(object, name);
+  return object;
+}
+
+// The file of a closed scene, read back. Not copyable: the scene reads its
+// values from the container on demand.
+struct ReadModel {
+  explicit ReadModel(const std::string& path)
+      : container(DovReader::Container::Open(path)), scene(DovReader::Scene::Read(container)) {}
+  ReadModel(const ReadModel&) = delete;
+
+  const std::vector<DovReader::TreeRecord>& records() const { return scene.Records(); }
+  const DovReader::TreeRecord& record(std::uint32_t id) const { return scene.Record(id); }
+  // Index of the variable `name` of entry `id`; fails the test if missing.
+  std::uint32_t variableIndex(std::uint32_t id, const std::string& name) const {
+    const std::vector<DovReader::Variable>& variables = record(id).variables;
+    for (std::uint32_t i = 0; i < variables.size(); ++i)
+      if (variables[i].name == name) return i;
+    ADD_FAILURE() << "entry " << id << " has no variable " << name;
+    return 0;
+  }
+  const DovReader::Variable& variable(std::uint32_t id, const std::string& name) const {
+    return record(id).variables.at(variableIndex(id, name));
+  }
+  Words words(std::uint32_t id, const std::string& name) const {
+    return scene.ReadValues(id, variableIndex(id, name));
+  }
+  Floats floats(std::uint32_t id, const std::string& name) const {
+    return scene.ReadFloats(id, variableIndex(id, name));
+  }
+  std::vector<std::string> variableNames(std::uint32_t id) const {
+    std::vector<std::string> names;
+    for (const DovReader::Variable& variable : record(id).variables) names.push_back(variable.name);
+    return names;
+  }
+
+  DovReader::Container container;
+  DovReader::Scene scene;
+};
+
+// "S" 0x1E "T = 1", as the names of per-value variables are spelled.
+inline std::string at(const std::string& name, const std::string& group, const std::string& value) {
+  return name + '\x1E' + group + " = " + value;
+}
+
+}  // namespace roadtest
+
+#endif
