@@ -54,7 +54,8 @@ Bytes Compress2Form(const Bytes& plain) {
   static const Bytef nothing = 0;
   EXPECT_EQ(compress2(out.data(), &length, plain.empty() ? &nothing : plain.data(), plain.size(), 6),
             Z_OK);
-  Bytes form = TmfTest::Le32(static_cast<std::uint32_t>(plain.size()));
+  Bytes form;
+  TmfTest::Append32(form, static_cast<std::uint32_t>(plain.size()));
   form.insert(form.end(), out.begin(), out.begin() + length);
   return form;
 }
