@@ -31,8 +31,11 @@ class SceneCheck {
   void checkGeometry(std::uint64_t index);
   void checkMesh(std::uint64_t index);
   void checkInstanceValues(std::uint64_t mesh, const LinkList& sets);
+  // `offsets` are those of `polylength`, worked out once by the caller for
+  // all the sets that it cuts.
   void checkCut(std::uint64_t mesh, std::uint64_t set, const std::vector<std::uint32_t>& cells,
                 const std::vector<std::uint32_t>& polylength,
+                const std::vector<std::uint32_t>& offsets,
                 const std::vector<std::uint32_t>& connectivity, const std::string& atValue);
 
   template <class T>
@@ -134,18 +137,21 @@ void SceneCheck::checkMesh(std::uint64_t index) {
   const std::vector<std::uint32_t> polylength =
       polylengthOf(index, indexArray(link(index, "Polylength")), connectivityLink);
   const LinkList sets = links(index, "Element Sets");
+  // One mesh may have many sets; its offsets serve them all.
+  const std::vector<std::uint32_t> offsets = cellOffsets(polylength);
   if (!polylength.empty())
     for (const std::uint64_t set : sets)
-      checkCut(index, set, indexArray(set), polylength, connectivity, std::string());
+      checkCut(index, set, indexArray(set), polylength, offsets, connectivity, std::string());
   checkInstanceValues(index, sets);
 }
 
 void SceneCheck::checkCut(std::uint64_t mesh, std::uint64_t set,
                           const std::vector<std::uint32_t>& cells,
                           const std::vector<std::uint32_t>& polylength,
+                          const std::vector<std::uint32_t>& offsets,
                           const std::vector<std::uint32_t>& connectivity,
                           const std::string& atValue) {
-  const CutFault fault = findCutFault(cells, polylength, cellOffsets(polylength), connectivity.size());
+  const CutFault fault = findCutFault(cells, polylength, offsets, connectivity.size());
   if (!fault.found) return;
   std::ostringstream text;
   text << "element set " << describe(set) << " lists cell " << fault.cell << atValue;
@@ -214,7 +220,8 @@ void SceneCheck::checkInstanceValues(std::uint64_t mesh, const LinkList& sets) {
           cuttingArray(mesh, connectivities[j], "the connectivity" + atValue(j));
       const std::vector<std::uint32_t>& cells =
           cuttingArray(mesh, cellLists[j], "the cells of element set \"" + setName + "\"" + atValue(j));
-      checkCut(mesh, cellLists[j], cells, polylengths[j], connectivity, atValue(j));
+      checkCut(mesh, cellLists[j], cells, polylengths[j], cellOffsets(polylengths[j]), connectivity,
+               atValue(j));
     }
   }
 }
