@@ -115,6 +115,17 @@ struct MeshFrame {
   std::string nameAt(const std::string& name, std::uint64_t position) const {
     return valueName(name, groupName, values[position]);
   }
+
+  // All node ids of the mesh as floats. Every set sees the same ids, so they
+  // are converted once, at the first set that needs them, and not again for
+  // each of the (many) sets of a large mesh.
+  const std::vector<float>& nodeIdFloats() {
+    if (!nodeIdsConverted) nodeIdFloatValues = idsToFloats(*nodeIds);
+    nodeIdsConverted = true;
+    return nodeIdFloatValues;
+  }
+  std::vector<float> nodeIdFloatValues;
+  bool nodeIdsConverted = false;
 };
 
 // The held T under `key`, without inserting anything; null if the key is

@@ -56,8 +56,8 @@ void ObjectManager::writeElementSet(MeshFrame& mesh, std::uint64_t set) {
 
   // Every set sees all node ids of the mesh, not only those of its cells.
   const bool usesNodeIds = !mesh.offsets.empty() || mesh.instanceGroup != NoObject;
-  const std::vector<float> nodeIdValues =
-      usesNodeIds ? idsToFloats(*mesh.nodeIds) : std::vector<float>();
+  static const std::vector<float> noNodeIds;
+  const std::vector<float>& nodeIdValues = usesNodeIds ? mesh.nodeIdFloats() : noNodeIds;
   if (!mesh.offsets.empty()) {
     addMeshVariable(mesh, setName + ResultMark + "Connectivity", "Connectivity",
                     KelDov::Geometry::CellConnectivity, Dataset::Of(cut.connectivity));

@@ -1,6 +1,5 @@
 // Text attributes, arrays and their width.
 
-#include <cstring>
 #include <stdexcept>
 #include <vector>
 
@@ -9,6 +8,7 @@
 #include "ObjectManager/ObjectManager.h"
 #include "ObjectManager/SetterSupport.h"
 #include "ObjectManager/ValueText.h"
+#include "Platform/Platform.h"
 
 namespace Kel {
 namespace Dov {
@@ -38,8 +38,11 @@ void ObjectManager::setValues(const Identifier& array, const T* values, std::uin
   if (elements != 0 && values == nullptr)
     KEL_RAISE(16, "Null array pointer with a non-zero count",
               "Kel::Dov::ObjectManager::setValues");
-  copy.resize(static_cast<std::size_t>(elements));
-  if (elements != 0) std::memcpy(copy.data(), values, copy.size() * sizeof(T));
+  // One pass over the host's numbers, straight into the vector that the
+  // property then takes over (moved, not copied again).
+  copy.reserve(static_cast<std::size_t>(elements));
+  Platform::AdviseLargeBuffer(copy.data(), elements * sizeof(T));
+  if (elements != 0) copy.assign(values, values + elements);
   storeProperty(array.second, "Array", std::move(copy));
 }
 

@@ -44,8 +44,11 @@ class SceneCheck {
   LinkList perValueList(const PerValue& data, const std::string& key, const std::string& what) const;
   void checkValueCuts(const PerValue& data, const LinkList& sets,
                       const std::vector<std::vector<std::uint32_t>>& polylengths);
+  // `offsets` are those of `polylength`, worked out once by the caller for
+  // all the sets that it cuts.
   void checkCut(std::uint64_t mesh, std::uint64_t set, const std::vector<std::uint32_t>& cells,
                 const std::vector<std::uint32_t>& polylength,
+                const std::vector<std::uint32_t>& offsets,
                 const std::vector<std::uint32_t>& connectivity, const std::string& atValue);
 
   template <class T>
@@ -147,18 +150,21 @@ void SceneCheck::checkMesh(std::uint64_t index) {
   const std::vector<std::uint32_t> polylength =
       polylengthOf(index, indexArray(link(index, "Polylength")), connectivityLink);
   const LinkList sets = links(index, "Element Sets");
+  // One mesh may have many sets; its offsets serve them all.
+  const std::vector<std::uint32_t> offsets = cellOffsets(polylength);
   if (!polylength.empty())
     for (const std::uint64_t set : sets)
-      checkCut(index, set, indexArray(set), polylength, connectivity, std::string());
+      checkCut(index, set, indexArray(set), polylength, offsets, connectivity, std::string());
   checkInstanceValues(index, sets);
 }
 
 void SceneCheck::checkCut(std::uint64_t mesh, std::uint64_t set,
                           const std::vector<std::uint32_t>& cells,
                           const std::vector<std::uint32_t>& polylength,
+                          const std::vector<std::uint32_t>& offsets,
                           const std::vector<std::uint32_t>& connectivity,
                           const std::string& atValue) {
-  const CutFault fault = findCutFault(cells, polylength, cellOffsets(polylength), connectivity.size());
+  const CutFault fault = findCutFault(cells, polylength, offsets, connectivity.size());
   if (!fault.found) return;
   std::ostringstream text;
   text << "element set " << describe(set) << " lists cell " << fault.cell << atValue;
@@ -231,7 +237,8 @@ void SceneCheck::checkValueCuts(const PerValue& data, const LinkList& sets,
           cuttingArray(data.mesh, connectivities[j], "the connectivity" + data.at(j));
       const std::vector<std::uint32_t>& cells = cuttingArray(
           data.mesh, cellLists[j], "the cells of element set \"" + setName + "\"" + data.at(j));
-      checkCut(data.mesh, cellLists[j], cells, polylengths[j], connectivity, data.at(j));
+      checkCut(data.mesh, cellLists[j], cells, polylengths[j], cellOffsets(polylengths[j]),
+               connectivity, data.at(j));
     }
   }
 }

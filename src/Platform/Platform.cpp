@@ -8,10 +8,35 @@
 #include <windows.h>
 #else
 #include <pwd.h>
+#include <sys/mman.h>
 #include <unistd.h>
 #endif
 
 namespace Platform {
+
+namespace {
+
+// Smaller buffers may share their pages with others, and advising part of a
+// mapping would split it, which keeps the C library from growing the buffer
+// in place. Buffers this large have a mapping of their own.
+const std::uint64_t LargeBufferBytes = std::uint64_t(32) << 20;
+
+}  // namespace
+
+void AdviseLargeBuffer(void* data, std::uint64_t bytes) {
+#if defined(MADV_HUGEPAGE)
+  if (data == nullptr || bytes < LargeBufferBytes) return;
+  // The whole mapping, from the page that holds the first byte to the end
+  // of the page that holds the last.
+  const std::uintptr_t page = static_cast<std::uintptr_t>(sysconf(_SC_PAGESIZE));
+  const std::uintptr_t first = reinterpret_cast<std::uintptr_t>(data) & ~(page - 1);
+  const std::uintptr_t end = (reinterpret_cast<std::uintptr_t>(data) + bytes + page - 1) & ~(page - 1);
+  madvise(reinterpret_cast<void*>(first), end - first, MADV_HUGEPAGE);
+#else
+  (void)data;
+  (void)bytes;
+#endif
+}
 
 bool FileExists(const char* path) {
 #if defined(_WIN32)

@@ -16,6 +16,11 @@ bool FileExists(const char* path);
 // Absolute 64-bit seek from the start of the file. Returns 0 on success.
 int Seek64(std::FILE* stream, std::uint64_t offset);
 
+// A hint that the `bytes` at `data`, a large buffer about to be filled, are
+// best backed by large pages, which spares one fault per small page. Changes
+// nothing but speed; ignored where the system has no such pages.
+void AdviseLargeBuffer(void* data, std::uint64_t bytes);
+
 // Formats like snprintf into `buffer` of `size` bytes; the result is always
 // terminated and cut to fit. Returns the number of bytes written.
 int FormatText(char* buffer, std::size_t size, const char* format, ...)

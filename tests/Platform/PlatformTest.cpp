@@ -40,3 +40,28 @@ TEST(FormatText, CutsAndTerminates) {
   EXPECT_EQ(4, Platform::FormatText(buffer, sizeof buffer, "%lu", 1234ul));
   EXPECT_STREQ("1234", buffer);
 }
+
+TEST(LargeBufferAdvice, KeepsContentsAndLetsTheBufferGrow) {
+  // Small, unaligned, empty and null buffers are left alone; a large one is
+  // advised as a whole and still grows and moves with realloc.
+  Platform::AdviseLargeBuffer(nullptr, 1 << 30);
+  char small[100] = {1};
+  Platform::AdviseLargeBuffer(small + 3, sizeof small - 3);
+  EXPECT_EQ(small[0], 1);
+
+  const std::size_t large = (std::size_t(40) << 20) + 123;
+  unsigned char* buffer = static_cast<unsigned char*>(std::malloc(large));
+  ASSERT_NE(buffer, nullptr);
+  for (std::size_t i = 0; i < large; ++i) buffer[i] = static_cast<unsigned char>(i * 31);
+  Platform::AdviseLargeBuffer(buffer + 1, large - 1);
+  for (std::size_t step = 1; step <= 3; ++step) {
+    unsigned char* grown = static_cast<unsigned char*>(std::realloc(buffer, large + step * (10 << 20)));
+    ASSERT_NE(grown, nullptr);
+    buffer = grown;
+    Platform::AdviseLargeBuffer(buffer, large + step * (10 << 20));
+  }
+  std::size_t mismatches = 0;
+  for (std::size_t i = 0; i < large; ++i) mismatches += buffer[i] != static_cast<unsigned char>(i * 31);
+  EXPECT_EQ(mismatches, 0u);
+  std::free(buffer);
+}

@@ -9,6 +9,7 @@
 #include "Kel/Tmf/Index.h"
 #include "Kel/Util/Coding.h"
 #include "Kel/Util/Raise.h"
+#include "Platform/Platform.h"
 
 namespace KelTmf {
 
@@ -29,6 +30,7 @@ void Block::AllocateAdditionalMemory(const std::uint64_t& extra) {
   if (grown == nullptr) KEL_RAISE_CODE(0, "KelTmf::Block::AllocateAdditionalMemory");
   data = static_cast<unsigned char*>(grown);
   capacity = wanted;
+  Platform::AdviseLargeBuffer(data, capacity);
 }
 
 void Block::SetPosition(const std::uint32_t& newPosition) {

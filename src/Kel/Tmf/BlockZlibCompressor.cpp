@@ -3,6 +3,9 @@
 #include <zlib.h>
 
 #include <cstdlib>
+#include <vector>
+
+#include "Kel/Util/Coding.h"
 
 #include "Kel/Util/Raise.h"
 
@@ -19,7 +22,51 @@ std::uint64_t OutputBound(std::uint32_t plainLength) {
   return static_cast<std::uint64_t>(scaled) + 12;
 }
 
+// Raises what a failed compress2 would: code 0 for memory, 15 otherwise.
+void RaiseCompressionFailure(int result) {
+  if (result == Z_MEM_ERROR) KEL_RAISE_CODE(0, CompressMethod);
+  KEL_RAISE(15, "Compression failed", CompressMethod);
+}
+
+// One deflate stream with compress2's parameters (window 15, memory level
+// 8, default strategy), ended whatever happens.
+class Deflater {
+ public:
+  explicit Deflater(std::int32_t level) {
+    const int result = deflateInit(&stream, level);
+    if (result != Z_OK) RaiseCompressionFailure(result);
+  }
+  ~Deflater() { deflateEnd(&stream); }
+  Deflater(const Deflater&) = delete;
+  Deflater& operator=(const Deflater&) = delete;
+  z_stream stream{};
+};
+
 }  // namespace
+
+std::uint64_t BlockZlibCompressor::Stream(const Block& block, const Sink& sink) const {
+  if (block.ContentsReleased()) KEL_RAISE_CODE(14, CompressMethod);
+  unsigned char head[4];
+  Kel::Util::EncodeFixed32(head, block.length);
+  Deflater deflater(level);
+  z_stream& stream = deflater.stream;
+  // All input at once and Z_FINISH: deflate's output does not depend on
+  // how its output space is cut, so this is compress2's stream.
+  static const Bytef nothing = 0;
+  stream.next_in = const_cast<Bytef*>(block.data != nullptr ? block.data : &nothing);
+  stream.avail_in = block.length;
+  std::vector<unsigned char> piece(StreamPieceBytes);
+  sink(head, sizeof head);
+  int result = Z_OK;
+  while (result == Z_OK) {
+    stream.next_out = piece.data();
+    stream.avail_out = static_cast<uInt>(piece.size());
+    result = deflate(&stream, Z_FINISH);
+    if (result != Z_OK && result != Z_STREAM_END) RaiseCompressionFailure(result);
+    sink(piece.data(), piece.size() - stream.avail_out);
+  }
+  return sizeof head + stream.total_out;
+}
 
 void BlockZlibCompressor::operator()(Block& block) {
   if (block.ContentsReleased()) KEL_RAISE_CODE(14, CompressMethod);
@@ -42,8 +89,7 @@ void BlockZlibCompressor::operator()(Block& block) {
     // The block keeps its plain contents, so nothing is lost; the caller
     // learns that this block could not be transformed.
     std::free(output);
-    if (result == Z_MEM_ERROR) KEL_RAISE_CODE(0, CompressMethod);
-    KEL_RAISE(15, "Compression failed", CompressMethod);
+    RaiseCompressionFailure(result);
   }
 
   // The plain buffer is given up only now that the compressed form exists,

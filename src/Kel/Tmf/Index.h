@@ -129,6 +129,9 @@ class Index {
   BlockRecord& RecordAt(std::uint64_t number, const char* method);
   // Written and frozen, or an index block (whose size never changes).
   bool IsFinal(std::uint64_t number) const;
+  // Compresses the block into the file at the stream's place and leaves the
+  // block released, with its transformed length.
+  void WriteCompressedInPlace(Block& block, std::FILE* stream);
   void WriteFirstIndex(std::FILE* stream);
 };
 

@@ -28,6 +28,9 @@ void SeekOrFail(std::FILE* stream, std::uint64_t position, const char* method) {
   KEL_RAISE(10, "Saving the buffer failed", method);
 }
 
+// What a failed block write raises, whichever way the bytes went.
+void RaiseWriteFailure() { KEL_RAISE(10, "Unable to write to file", "KelTmf::Block::Write"); }
+
 }  // namespace
 
 std::uint64_t Index::BlockPosition(std::uint64_t number) {
@@ -53,23 +56,48 @@ void Index::WriteBufferToFileStream(std::uint64_t number, std::FILE* stream) {
 
   const std::uint32_t plainLength = block.length;
   if (plainLength != 0) KEL_LOG(1000, WriteBufferMethod, "Buffer length: " << plainLength);
-  if (record.flags & BlockFlagCompress) {
+  const bool compress = (record.flags & BlockFlagCompress) != 0;
+  // The place of a block is known before it is transformed, so a block to
+  // be compressed goes straight into the file as zlib makes it; only where
+  // the file cannot be positioned does it take the path through memory,
+  // which reports that failure.
+  const std::uint64_t position = BlockPosition(number);
+  const bool streamed = compress && stream != nullptr && Platform::Seek64(stream, position) == 0;
+  if (streamed) {
+    WriteCompressedInPlace(block, stream);
+  } else if (compress) {
     BlockZlibCompressor compressor(CompressionLevel);
     BlockTransformation& transformation = compressor;
     transformation(block);
-    KEL_LOG(1000, WriteBufferMethod, "Buffer length after transformations: " << block.length);
   }
+  if (compress)
+    KEL_LOG(1000, WriteBufferMethod, "Buffer length after transformations: " << block.length);
   record.size = block.length;
-  record.position = BlockPosition(number);
+  record.position = position;
   if (record.flags & BlockFlagFreeze) {
     record.frozen = true;
     record.plainLength = plainLength;
   }
   KEL_LOG(1000, WriteBufferMethod, "Writing buffer at position: " << record.position);
-  SeekOrFail(stream, record.position, WriteBufferMethod);
-  block.Write(stream, false);
+  if (!streamed) {
+    SeekOrFail(stream, record.position, WriteBufferMethod);
+    block.Write(stream, false);
+  }
   block.Release();
   KEL_LOG(1000, WriteBufferMethod, "Buffer " << number << " written to stream.");
+}
+
+void Index::WriteCompressedInPlace(Block& block, std::FILE* stream) {
+  BlockZlibCompressor compressor(CompressionLevel);
+  const std::uint64_t size =
+      compressor.Stream(block, [&](const unsigned char* bytes, std::size_t count) {
+        if (std::fwrite(bytes, 1, count, stream) != count) RaiseWriteFailure();
+      });
+  if (std::fflush(stream) != 0 || std::ferror(stream) != 0) RaiseWriteFailure();
+  // The block now stands as the transformation would have left it: its
+  // length is that of the transformed bytes, which are in the file.
+  block.Release();
+  block.length = block.position = static_cast<std::uint32_t>(size);
 }
 
 void Index::WriteIndexBufferToFileStream(std::uint64_t number, std::FILE* stream) {

@@ -118,6 +118,25 @@ TEST(BlockGrowth, StepForFixedValuesOwnLengthForLargeOnesExactFitIsFull) {
   TmfTest::ExpectFailure([&] { nearLimit.Put(std::uint64_t(0)); }, 1, tooLarge);
 }
 
+TEST(BlockGrowth, ABlockOfManyStepsKeepsEveryByte) {
+  // Past 32 MiB the buffer is advised for large pages on each growth; the
+  // bytes put in earlier steps must survive every move.
+  ScopedBlock scoped;
+  Block& block = scoped.block;
+  const std::size_t pieces = 60;
+  std::vector<unsigned char> piece(1 << 20);
+  for (std::size_t p = 0; p < pieces; ++p) {
+    for (std::size_t i = 0; i < piece.size(); ++i) piece[i] = static_cast<unsigned char>(p + i * 3);
+    block.PutRaw(piece.data(), piece.size());
+  }
+  EXPECT_EQ(block.capacity, 7 * Block::GrowthStep);
+  std::size_t mismatches = 0;
+  for (std::size_t p = 0; p < pieces; ++p)
+    for (std::size_t i = 0; i < piece.size(); ++i)
+      mismatches += block.data[p * piece.size() + i] != static_cast<unsigned char>(p + i * 3);
+  EXPECT_EQ(mismatches, 0u);
+}
+
 TEST(BlockWrite, WholeBlockWithOptionalPrefixAndFailuresDetected) {
   const std::string path = TmfTest::ScratchPath();
   std::FILE* stream = std::fopen(path.c_str(), "wb");

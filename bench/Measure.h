@@ -1,0 +1,58 @@
+#ifndef DOVWRITER_BENCH_MEASURE_H
+#define DOVWRITER_BENCH_MEASURE_H
+
+// Clocks, memory figures and the child processes in which each write runs,
+// so that one writer's peak memory is not mixed with another's.
+
+#include <cstdint>
+#include <functional>
+#include <string>
+
+namespace bench {
+
+// Adds up the wall time and the processor time (user and system, of the
+// whole process) of the spans it is asked to time, so that the benchmark's
+// own work between library calls (making the next array) is left out. On a
+// shared machine the processor time is the steadier of the two.
+class Stopwatch {
+ public:
+  template <class Work>
+  auto Time(Work&& work) -> decltype(work()) {
+    struct AddOnExit {
+      Stopwatch* watch;
+      double wall = WallNow(), cpu = CpuNow();
+      ~AddOnExit() {
+        watch->wallSeconds += WallNow() - wall;
+        watch->cpuSeconds += CpuNow() - cpu;
+      }
+    } add{this};
+    return work();
+  }
+  double WallSeconds() const { return wallSeconds; }
+  double CpuSeconds() const { return cpuSeconds; }
+
+ private:
+  static double WallNow();
+  static double CpuNow();
+  double wallSeconds = 0;
+  double cpuSeconds = 0;
+};
+
+// The peak resident set of this process so far.
+std::uint64_t PeakRssBytes();
+std::uint64_t FileBytes(const std::string& path);
+
+// Runs `work` in a forked child and hands back the plain record it filled.
+// A child that fails prints why and the benchmark stops.
+void RunInChild(void* record, std::size_t recordSize, const std::function<void(void*)>& work);
+
+template <class Record>
+Record InChild(const std::function<Record()>& work) {
+  Record record{};
+  RunInChild(&record, sizeof record, [&](void* out) { *static_cast<Record*>(out) = work(); });
+  return record;
+}
+
+}  // namespace bench
+
+#endif

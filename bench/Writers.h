@@ -1,0 +1,49 @@
+#ifndef DOVWRITER_BENCH_WRITERS_H
+#define DOVWRITER_BENCH_WRITERS_H
+
+// The writers that the benchmark sets side by side, each handed the same
+// arrays of a synthetic model one at a time.
+
+#include <cstdint>
+#include <string>
+
+#include "Model.h"
+
+namespace bench {
+
+struct WriteFigures {
+  // Library calls only, not the making of arrays.
+  double wallSeconds = 0;
+  double cpuSeconds = 0;
+  std::uint64_t peakRssBytes = 0;  // of the whole process that wrote
+  std::uint64_t fileBytes = 0;
+};
+
+// Through this library's public API, from the first setValues to the end of
+// closeFile. The caller's copy of each array is freed as soon as the
+// library has taken it.
+WriteFigures WriteOurs(const ModelShape& shape, const std::string& path);
+
+struct Hdf5Options {
+  std::uint64_t chunkBytes = 1 << 20;
+};
+// The same arrays as chunked datasets with the shuffle and deflate(6) filters.
+WriteFigures WriteHdf5(const ModelShape& shape, const std::string& path,
+                       const Hdf5Options& options);
+
+struct LimitFigures {
+  // compress2 level 6 alone, over all compressed blocks.
+  double wallSeconds = 0;
+  double cpuSeconds = 0;
+  std::uint64_t plainBytes = 0;    // the bytes compressed
+  std::uint64_t blocks = 0;
+  std::uint64_t largestHeavyBlock = 0;  // plain length of the largest "Heavy Data" block
+  bool sameBytes = false;          // every block equals what compress2 makes of it
+};
+// Reads a written file back and compresses the plain contents of each
+// compressed block again, in the same cuts.
+LimitFigures MeasureLimit(const std::string& path);
+
+}  // namespace bench
+
+#endif

@@ -1,0 +1,149 @@
+// A compressed block goes to the file as zlib produces it, in pieces. These
+// tests hold that path to the bytes of the plain one: compress2 on the whole
+// block, as the in-memory transformation does it.
+
+#include <gtest/gtest.h>
+#include <zlib.h>
+
+#include <cmath>
+#include <cstring>
+#include <random>
+
+#include "Kel/Tmf/BlockZlibCompressor.h"
+#include "Kel/Tmf/Index.h"
+#include "Kel/Tmf/TmFile.h"
+#include "Kel/Util/Coding.h"
+#include "TmfTestSupport.h"
+
+using KelTmf::Block;
+using KelTmf::BlockZlibCompressor;
+using TmfTest::Bytes;
+
+namespace {
+
+Bytes Noise(std::size_t count, unsigned seed) {
+  std::mt19937 random(seed);
+  Bytes bytes(count);
+  for (unsigned char& byte : bytes) byte = static_cast<unsigned char>(random());
+  return bytes;
+}
+
+// Byte planes of a smooth float field, the typical content of heavy data.
+Bytes SmoothPlanes(std::size_t values) {
+  Bytes bytes(4 * values);
+  for (std::size_t i = 0; i < values; ++i) {
+    const std::uint32_t bits = Kel::Util::FloatBits(std::sin(0.001f * i) * 100.0f);
+    for (int plane = 0; plane < 4; ++plane)
+      bytes[plane * values + i] = static_cast<unsigned char>(bits >> (8 * plane));
+  }
+  return bytes;
+}
+
+Bytes BlockOf(const Bytes& plain) {
+  Block block;
+  if (!plain.empty()) block.PutRaw(plain.data(), plain.size());
+  Bytes stored = TmfTest::BlockBytes(block);
+  block.Release();
+  return stored;
+}
+
+// [u32 length][compress2 at level 6]: what a compressed block must hold.
+Bytes Compress2Form(const Bytes& plain) {
+  Bytes out(compressBound(plain.size()));
+  uLongf length = out.size();
+  static const Bytef nothing = 0;
+  EXPECT_EQ(compress2(out.data(), &length, plain.empty() ? &nothing : plain.data(), plain.size(), 6),
+            Z_OK);
+  Bytes form;
+  TmfTest::Append32(form, static_cast<std::uint32_t>(plain.size()));
+  form.insert(form.end(), out.begin(), out.begin() + length);
+  return form;
+}
+
+Bytes InMemoryForm(const Bytes& plain) {
+  Block block;
+  if (!plain.empty()) block.PutRaw(plain.data(), plain.size());
+  BlockZlibCompressor compressor(6);
+  compressor(block);
+  Bytes form = TmfTest::BlockBytes(block);
+  block.Release();
+  return form;
+}
+
+std::vector<Bytes> Samples() {
+  Bytes repetitive(3 * BlockZlibCompressor::StreamPieceBytes + 5);
+  for (std::size_t i = 0; i < repetitive.size(); ++i) repetitive[i] = static_cast<unsigned char>(i % 251);
+  // Noise larger than a piece makes a stream of several output pieces.
+  return {Bytes(), Bytes{42}, Noise(70000, 1), Noise(2 * BlockZlibCompressor::StreamPieceBytes + 3, 2),
+          repetitive, SmoothPlanes(700000)};
+}
+
+}  // namespace
+
+TEST(StreamedCompression, SameBytesAsCompress2InPiecesOfBoundedSize) {
+  for (const Bytes& plain : Samples()) {
+    Block block;
+    if (!plain.empty()) block.PutRaw(plain.data(), plain.size());
+    Bytes streamed;
+    std::size_t pieces = 0;
+    const std::uint64_t length = BlockZlibCompressor(6).Stream(
+        block, [&](const unsigned char* bytes, std::size_t count) {
+          EXPECT_LE(count, BlockZlibCompressor::StreamPieceBytes);
+          streamed.insert(streamed.end(), bytes, bytes + count);
+          ++pieces;
+        });
+    EXPECT_EQ(length, streamed.size());
+    EXPECT_EQ(streamed, Compress2Form(plain)) << "plain size " << plain.size();
+    EXPECT_EQ(streamed, InMemoryForm(plain)) << "plain size " << plain.size();
+    if (streamed.size() > 2 * BlockZlibCompressor::StreamPieceBytes) {
+      EXPECT_GT(pieces, 2u);
+    }
+    // The block is only read.
+    EXPECT_EQ(TmfTest::BlockBytes(block), BlockOf(plain));
+    block.Release();
+  }
+}
+
+TEST(StreamedCompression, BadLevelFailsLikeTheTransformation) {
+  Block block;
+  block.Put(std::string("keep me"));
+  TmfTest::ExpectFailure(
+      [&] { BlockZlibCompressor(42).Stream(block, [](const unsigned char*, std::size_t) {}); }, 15,
+      "Compression failed");
+  block.Release();
+}
+
+TEST(StreamedCompression, FileHoldsEachBlockAsTheInMemoryTransformationMakesIt) {
+  const std::string path = TmfTest::ScratchPath();
+  // One dataset per block, flushed during the write and at the end, plus a
+  // second stream compressed only at the end.
+  const std::vector<Bytes> heavy = {SmoothPlanes(150000), Noise(2 * BlockZlibCompressor::StreamPieceBytes, 3),
+                                    SmoothPlanes(90000), Bytes(1000, 7)};
+  const Bytes light = Noise(5000, 4);
+  TmfTest::WriteContainer(path, [&](KelTmf::TmFile& file) {
+    file.index.SetBlockLimit("Heavy Data", 300000);
+    for (const Bytes& dataset : heavy) {
+      file.index.SetBlockFlags("Heavy Data", KelTmf::BlockFlagFreeze);
+      file.index.SetBlockFlags("Heavy Data", KelTmf::BlockFlagCompress);
+      file.index.Put("Heavy Data", dataset.data(), dataset.size());
+      file.index.FlushFrozen(file.stream);
+    }
+    file.index.Put("Light Data", light.data(), light.size());
+    file.index.SetBlockFlags("Heavy Data", KelTmf::BlockFlagCompress);
+    file.index.SetBlockFlags("Light Data", KelTmf::BlockFlagCompress);
+  });
+  const Bytes bytes = TmfTest::ReadAll(path);
+
+  std::vector<Bytes> plains = heavy;
+  plains.push_back(light);
+  std::uint64_t end = KelTmf::FirstBlockPosition;
+  for (std::size_t number = 0; number < plains.size(); ++number) {
+    const std::uint64_t position = end;
+    const Bytes expected = InMemoryForm(plains[number]);
+    ASSERT_LE(position + expected.size(), bytes.size());
+    EXPECT_EQ(Bytes(bytes.begin() + position, bytes.begin() + position + expected.size()), expected)
+        << "block " << number;
+    end = position + expected.size();
+  }
+  EXPECT_EQ(bytes.size(), end);
+}
