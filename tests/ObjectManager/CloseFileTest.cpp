@@ -4,25 +4,10 @@
 
 #include "ModelFile.h"
 
-#include <functional>
-
 using namespace roadtest;
 using namespace Kel::Dov;
 
 namespace {
-
-// Runs `call`, expecting a refusal with `code` whose description holds
-// `mention`.
-void expectRefusal(const std::function<void()>& call, int code, const std::string& mention) {
-  try {
-    call();
-    ADD_FAILURE() << "no exception, expected code " << code;
-  } catch (const Kel::Util::Exception& error) {
-    EXPECT_EQ(error.GetCode(), code);
-    EXPECT_NE(std::string(error.GetDescription()).find(mention), std::string::npos)
-        << error.GetDescription();
-  }
-}
 
 // A root group with one mesh object of two triangles and one element set.
 struct SmallModel {
@@ -30,14 +15,13 @@ struct SmallModel {
   Identifier root = makeObject(scene, GroupObject, "Root");
   Identifier mesh = makeObject(scene, MeshObject, "Plate");
   Identifier connectivity = makeArray(scene, Words{0, 1, 2, 1, 3, 2}, 3);
-  Identifier set = makeObject(scene, ElementSetObject, "Skin");
+  Identifier set = makeSet(scene, "Skin", Words{0, 1});
   Identifier extra{0, 0};  // whatever a case needs to mend the model
 
   SmallModel() {
     scene.addComponent(root, mesh);
-    scene.setCoordinates(mesh, makeArray(scene, Floats{0, 0, 0, 1, 0, 0, 0, 1, 0, 1, 1, 0}, 3));
+    scene.setCoordinates(mesh, makeArray(scene, SquareNodes, 3));
     scene.setConnectivity(mesh, connectivity);
-    scene.setValues<unsigned int>(set, Words{0, 1}.data(), 2);
     scene.addElementSet(mesh, set);
     scene.createDefaultViews(root);
   }
@@ -157,18 +141,14 @@ TEST(CloseFile, ModelErrorsAreRefusedBeforeAnythingIsWrittenAndCanBeMended) {
          return std::string("the per-value cells of element set \"Skin\"");
        },
        [](SmallModel& m) {
-         const Identifier cells = makeObject(m.scene, ElementSetObject, "Skin");
-         m.scene.setValues<unsigned int>(cells, Words{0}.data(), 1);
-         m.scene.addElementSet<int>(m.mesh, m.extra, 1, "Skin", cells);
+         m.scene.addElementSet<int>(m.mesh, m.extra, 1, "Skin", makeSet(m.scene, "Skin", Words{0}));
        }},
       {"per-value polylength of floats",
        [](SmallModel& m) {
          const Identifier step = makeObject(m.scene, InstanceGroupObject, "Step");
          m.extra = makeArray(m.scene, Floats{3});
          m.scene.setConnectivity<int>(m.mesh, step, 1, makeArray(m.scene, Words{0, 1, 2}), m.extra);
-         const Identifier cells = makeObject(m.scene, ElementSetObject, "Skin");
-         m.scene.setValues<unsigned int>(cells, Words{0}.data(), 1);
-         m.scene.addElementSet<int>(m.mesh, step, 1, "Skin", cells);
+         m.scene.addElementSet<int>(m.mesh, step, 1, "Skin", makeSet(m.scene, "Skin", Words{0}));
          return "the polylength at value \"1\" is " + named(m.extra, "Polylength") +
                 ", whose \"Array\" is not of unsigned int";
        },

@@ -17,11 +17,6 @@ struct GeometryScene {
     scene.addComponent(root, geometry);
     return geometry;
   }
-  void close(const std::string& path) {
-    scene.createDefaultViews(root);
-    scene.saveTo(path.c_str(), nullptr, false, true);
-    scene.closeFile(path.c_str());
-  }
 };
 
 }  // namespace
@@ -39,7 +34,7 @@ TEST(GeometryScene, VariablesInOrderWithDerivedPolylengthAndIdsAsFloats) {
   s.scene.setDimension(cells, 3);
   s.scene.setConnectivity(lines, cells);
   s.scene.setNodeIndices(lines, makeArray(s.scene, Words{1, 2, 16777216u, 16777217u}));
-  s.close(path);
+  closeScene(s.scene, s.root, path);
 
   ReadModel model(path);
   EXPECT_EQ(model.variableNames(2),
@@ -72,7 +67,7 @@ TEST(GeometryScene, IncompleteObjectsDropOutSilently) {
   const Identifier doubles = s.add("Doubles");
   s.scene.setCoordinates(doubles, makeArray(s.scene, std::vector<double>{0, 0, 0}, 3));
   s.scene.setConnectivity(doubles, connectivity);
-  s.close(path);
+  closeScene(s.scene, s.root, path);
 
   ReadModel model(path);
   ASSERT_EQ(model.records().size(), 3u);
@@ -85,7 +80,7 @@ TEST(GeometryScene, IncompleteObjectsDropOutSilently) {
 TEST(GeometryScene, ArrayObjectsAreWrittenOnceAndEveryLaterUseLinksToTheFirst) {
   const std::string path = freshPath();
   GeometryScene s;
-  const Floats nodes{0, 0, 0, 1, 0, 0, 0, 1, 0, 1, 1, 0};
+  const Floats& nodes = SquareNodes;
   const Identifier coordinates = makeArray(s.scene, nodes, 3);
   const Identifier first = s.add("First");
   s.scene.setCoordinates(first, coordinates);
@@ -95,7 +90,7 @@ TEST(GeometryScene, ArrayObjectsAreWrittenOnceAndEveryLaterUseLinksToTheFirst) {
   s.scene.setConnectivity(second, makeArray(s.scene, Words{1, 3, 2}, 3));
   // The same object once more: links only, but for its derived polylength.
   s.scene.addComponent(s.root, second);
-  s.close(path);
+  closeScene(s.scene, s.root, path);
 
   ReadModel model(path);
   ASSERT_EQ(model.records().size(), 4u);

@@ -20,21 +20,11 @@ struct MeshScene {
     return mesh;
   }
   Identifier addSet(const Identifier& mesh, const char* name, const Words& cells) {
-    const Identifier set = makeObject(scene, ElementSetObject, name);
-    scene.setValues<unsigned int>(set, cells.data(), cells.size());
+    const Identifier set = makeSet(scene, name, cells);
     scene.addElementSet(mesh, set);
     return set;
   }
-  void close(const std::string& path) {
-    scene.createDefaultViews(root);
-    scene.saveTo(path.c_str(), nullptr, false, true);
-    scene.closeFile(path.c_str());
-  }
 };
-
-const Floats SquareNodes{0, 0, 0, 1, 0, 0, 0, 1, 0, 1, 1, 0};
-
-Floats rgba(const float (&colour)[4]) { return Floats(colour, colour + 4); }
 
 void expectLink(const ReadModel& model, std::uint32_t id, std::uint32_t index,
                 std::uint32_t targetId, std::uint32_t targetIndex) {
@@ -60,7 +50,7 @@ TEST(MeshScene, ResultsAtTwoValuesGoToTheFirstSetAndLinkFromTheSecond) {
   s.scene.setResult<int>(mesh, time, 1, "S", makeArray(s.scene, Floats{10, 11, 12, 13}));
   // 2.0f and 2 give the same value text.
   s.scene.setResult<float>(mesh, time, 2.0f, "S", makeArray(s.scene, Floats{20, 21, 22, 23}));
-  s.close(path);
+  closeScene(s.scene, s.root, path);
 
   ReadModel model(path);
   const std::vector<std::string> names{"Connectivity",  "Polylength",         "Coordinates",
@@ -70,16 +60,16 @@ TEST(MeshScene, ResultsAtTwoValuesGoToTheFirstSetAndLinkFromTheSecond) {
   ASSERT_EQ(model.record(6).name, "B");
   EXPECT_EQ(model.variableNames(4), names);
   EXPECT_EQ(model.variableNames(6), names);
-  for (std::uint32_t i = 0; i < 5; ++i) EXPECT_FALSE(model.record(4).variables[i].linked) << i;
-  expectLink(model, 4, 5, 4, 2);
-  expectLink(model, 4, 6, 4, 2);
-  EXPECT_FALSE(model.record(6).variables[0].linked);
-  EXPECT_FALSE(model.record(6).variables[1].linked);
-  expectLink(model, 6, 2, 4, 2);
-  expectLink(model, 6, 3, 4, 3);
-  expectLink(model, 6, 4, 4, 4);
-  expectLink(model, 6, 5, 4, 2);
-  expectLink(model, 6, 6, 4, 2);
+  // Link targets by variable index (0 for none): the coordinates at each
+  // value are the set's own; the second set links all but its cut cells.
+  const Words firstLinks{0, 0, 0, 0, 0, 2, 2}, secondLinks{0, 0, 2, 3, 4, 2, 2};
+  for (std::uint32_t i = 0; i < names.size(); ++i) {
+    SCOPED_TRACE(names[i]);
+    EXPECT_EQ(model.record(4).variables[i].linked, firstLinks[i] != 0);
+    EXPECT_EQ(model.record(6).variables[i].linked, secondLinks[i] != 0);
+    if (firstLinks[i] != 0) expectLink(model, 4, i, 4, firstLinks[i]);
+    if (secondLinks[i] != 0) expectLink(model, 6, i, 4, secondLinks[i]);
+  }
 
   EXPECT_EQ(model.words(4, "Connectivity"), (Words{0, 1, 2}));
   EXPECT_EQ(model.words(6, "Connectivity"), (Words{1, 3, 2}));
@@ -101,7 +91,7 @@ TEST(MeshScene, SetsCutByDimensionShareNodeIdsUnderTheirOwnName) {
   s.addSet(mesh, "Back", Words{1, 1});
   s.addSet(mesh, "Both", Words{0, 1});
   s.addSet(mesh, "None", Words{});
-  s.close(path);
+  closeScene(s.scene, s.root, path);
 
   ReadModel model(path);
   const std::string nodeIds = std::string("Node Ids") + '\x1E';
@@ -116,7 +106,6 @@ TEST(MeshScene, SetsCutByDimensionShareNodeIdsUnderTheirOwnName) {
   EXPECT_EQ(model.variable(8, "Connectivity").byteSize, 0u);
   EXPECT_EQ(model.variable(8, "Polylength").byteSize, 0u);
   EXPECT_FALSE(model.variable(8, "Polylength").linked);
-
 }
 
 TEST(MeshScene, SetColoursApplyInOrderWithAmbientIntensityLast) {
@@ -134,27 +123,26 @@ TEST(MeshScene, SetColoursApplyInOrderWithAmbientIntensityLast) {
   const Identifier ambient = s.addSet(mesh, "Ambient", Words{0});
   s.scene.setColor(ambient, AmbientColor, 0.3f, 0.3f, 0.3f, 0.7f);
   s.scene.setAmbientIntensity(s.addSet(mesh, "Dark", Words{0}), 0.0f);
-  s.close(path);
+  closeScene(s.scene, s.root, path);
 
   ReadModel model(path);
   const DovReader::MaterialContent& first = *model.record(3).material;
   EXPECT_EQ(first.visible, 0);
-  EXPECT_EQ(rgba(model.record(3).material->diffuse), (Floats{0.2f, 0.4f, 0.6f, 1.0f}));
-  EXPECT_EQ(rgba(model.record(3).material->specular), (Floats{1, 0, 0, 1}));
-  EXPECT_EQ(rgba(model.record(3).material->emissive)[1], 1.0f);
-  EXPECT_EQ(rgba(model.record(3).material->ambient),
+  EXPECT_EQ(floats(first.diffuse), (Floats{0.2f, 0.4f, 0.6f, 1.0f}));
+  EXPECT_EQ(floats(first.specular), (Floats{1, 0, 0, 1}));
+  EXPECT_EQ(floats(first.emissive), (Floats{0, 1, 0, 1}));
+  EXPECT_EQ(floats(first.ambient),
             (Floats{0.5f * 0.2f, 0.5f * 0.4f, 0.5f * 0.6f, 0.5f}));
 
   // The second set's diffuse is draws 4 to 6; its ambient alpha stays 0.2.
   Platform::SeedRandom(0);
   for (int i = 0; i < 3; ++i) Platform::Random();
-  Floats random;
-  for (int i = 0; i < 3; ++i) random.push_back(static_cast<float>(Platform::Random()) / 32767.0f);
-  random.push_back(1.0f);
+  Floats random{0, 0, 0, 1.0f};
+  for (int i = 0; i < 3; ++i) random[i] = static_cast<float>(Platform::Random()) / 32767.0f;
   EXPECT_EQ(model.record(5).material->visible, 1);
-  EXPECT_EQ(rgba(model.record(5).material->diffuse), random);
-  EXPECT_EQ(rgba(model.record(5).material->ambient), (Floats{0.3f, 0.3f, 0.3f, 0.2f}));
-  EXPECT_EQ(rgba(model.record(7).material->ambient), (Floats{0, 0, 0, 0}));
+  EXPECT_EQ(floats(model.record(5).material->diffuse), random);
+  EXPECT_EQ(floats(model.record(5).material->ambient), (Floats{0.3f, 0.3f, 0.3f, 0.2f}));
+  EXPECT_EQ(floats(model.record(7).material->ambient), (Floats{0, 0, 0, 0}));
 }
 
 TEST(MeshScene, ConnectivityPerValueIsCutPerSetAndValue) {
@@ -173,12 +161,9 @@ TEST(MeshScene, ConnectivityPerValueIsCutPerSetAndValue) {
   const char* const setNames[] = {"First", "Second"};
   const Words cells[2][2] = {{Words{0}, Words{1, 0}}, {Words{1}, Words{}}};
   for (int set = 0; set < 2; ++set)
-    for (int value = 0; value < 2; ++value) {
-      const Identifier object = makeObject(s.scene, ElementSetObject, setNames[set]);
-      s.scene.setValues<unsigned int>(object, cells[set][value].data(), cells[set][value].size());
-      s.scene.addElementSet<int>(mesh, step, value + 1, object);
-    }
-  s.close(path);
+    for (int value = 0; value < 2; ++value)
+      s.scene.addElementSet<int>(mesh, step, value + 1, makeSet(s.scene, setNames[set], cells[set][value]));
+  closeScene(s.scene, s.root, path);
 
   ReadModel model(path);
   const std::vector<std::string> names{

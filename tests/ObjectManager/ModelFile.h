@@ -9,10 +9,10 @@
 #include <DovWriter/DovWriter.h>
 
 #include <cstdio>
-#include <cstdlib>
+#include <filesystem>
 #include <fstream>
+#include <functional>
 #include <iterator>
-#include <memory>
 #include <string>
 #include <vector>
 
@@ -26,13 +26,16 @@ using Kel::Dov::Scene_V1;
 typedef std::vector<std::uint32_t> Words;
 typedef std::vector<float> Floats;
 
+const Floats SquareNodes{0, 0, 0, 1, 0, 0, 0, 1, 0, 1, 1, 0};
+
 // A path of its own for the running test, with no file behind it yet.
 inline std::string freshPath(const std::string& suffix = "") {
   const char* directory = std::getenv("DOVWRITER_TEST_TMP");
-  std::string base = directory != nullptr ? directory : "/tmp";
-  std::system(("mkdir -p '" + base + "'").c_str());
+  const std::filesystem::path base = directory != nullptr ? directory : "/tmp/dovwriter-tests";
+  std::filesystem::create_directories(base);
   const ::testing::TestInfo* test = ::testing::UnitTest::GetInstance()->current_test_info();
-  std::string path = base + "/road_" + test->test_suite_name() + "_" + test->name() + suffix + ".dov";
+  const std::string path = (base / (std::string("road_") + test->test_suite_name() + "_" +
+                                    test->name() + suffix + ".dov")).string();
   std::remove(path.c_str());
   return path;
 }
@@ -56,6 +59,31 @@ inline Identifier makeObject(Scene_V1& scene, Kel::Dov::ObjectType type, const c
   const Identifier object = scene.createObject(type);
   scene.setName(object, name);
   return object;
+}
+
+inline Identifier makeSet(Scene_V1& scene, const char* name, const Words& cells) {
+  const Identifier set = makeObject(scene, Kel::Dov::ElementSetObject, name);
+  scene.setValues<unsigned int>(set, cells.data(), cells.size());
+  return set;
+}
+
+inline void closeScene(Scene_V1& scene, const Identifier& root, const std::string& path) {
+  scene.createDefaultViews(root);
+  scene.saveTo(path.c_str(), nullptr, false, true);
+  scene.closeFile(path.c_str());
+}
+
+// Runs `call`, expecting a refusal with `code` whose description holds
+// `mention`.
+inline void expectRefusal(const std::function<void()>& call, int code, const std::string& mention) {
+  try {
+    call();
+    ADD_FAILURE() << "no exception, expected code " << code;
+  } catch (const Kel::Util::Exception& error) {
+    EXPECT_EQ(error.GetCode(), code);
+    EXPECT_NE(std::string(error.GetDescription()).find(mention), std::string::npos)
+        << error.GetDescription();
+  }
 }
 
 // The file of a closed scene, read back. Not copyable: the scene reads its
@@ -97,6 +125,11 @@ struct ReadModel {
 // "S" 0x1E "T = 1", as the names of per-value variables are spelled.
 inline std::string at(const std::string& name, const std::string& group, const std::string& value) {
   return name + '\x1E' + group + " = " + value;
+}
+
+template <std::size_t N>
+Floats floats(const float (&values)[N]) {
+  return Floats(values, values + N);
 }
 
 }  // namespace roadtest

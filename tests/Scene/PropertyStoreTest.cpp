@@ -56,45 +56,25 @@ TEST(ValueText, EachElementTypeBecomesItsText) {
 TEST(TextAttributes, SetPropertyStoresTheValueTextUnderTheHostsKey) {
   InspectableScene scene;
   const Identifier object = scene.createObject(GroupObject);
-
   scene.setProperty(object, "count", 7);
-  const std::string asInt = scene.attribute(object, "count");
-  scene.setProperty(object, "count", "7");
-  EXPECT_EQ(asInt, scene.attribute(object, "count"));
-  EXPECT_EQ("7", asInt);
-
-  scene.setProperty(object, "letter", static_cast<unsigned char>(65));
-  EXPECT_EQ("A", scene.attribute(object, "letter"));
+  EXPECT_EQ("7", scene.attribute(object, "count"));
   scene.setProperty(object, "letter", static_cast<unsigned char>(0));
   EXPECT_EQ("", scene.attribute(object, "letter"));
-  scene.setProperty(object, "small", 0.1);
-  EXPECT_EQ("0.1", scene.attribute(object, "small"));
-  scene.setProperty(object, "big", 1234567.0);
-  EXPECT_EQ("1.23457e+06", scene.attribute(object, "big"));
   scene.setProperty(object, "wide", std::int64_t(-5));
-  scene.setProperty(object, "wider", 5ull);
   EXPECT_EQ("-5", scene.attribute(object, "wide"));
-  EXPECT_EQ("5", scene.attribute(object, "wider"));
-  scene.setProperty(object, "", 1);
-  EXPECT_EQ("1", scene.attribute(object, ""));
+  scene.setProperty(object, "", 0.1);
+  EXPECT_EQ("0.1", scene.attribute(object, ""));
   EXPECT_EQ("<absent>", scene.attribute(object, "COUNT"));
-
   // Attributes and properties never meet.
   scene.setDimension(object, 3);
   scene.setProperty(object, "Dimension", 8);
   EXPECT_EQ(3, *scene.property<unsigned char>(object, "Dimension"));
   EXPECT_EQ("8", scene.attribute(object, "Dimension"));
-}
 
-TEST(TextAttributes, LongTextsAreCutTo255BytesAndTheAreaIsZeroFilled) {
-  InspectableScene scene;
-  const Identifier object = scene.createObject(GroupObject);
-  const std::string longText(300, 'L');
-  scene.setProperty(object, "long", longText.c_str());
+  // Long texts are cut to 255 bytes; the rest of the area is zero-filled.
+  scene.setProperty(object, "long", std::string(300, 'L').c_str());
   EXPECT_EQ(std::string(255, 'L'), scene.attribute(object, "long"));
-
   scene.setProperty(object, "short", "ab");
   const auto& value = scene.table().record(object.second).attributes.at("short");
-  for (std::size_t i = 2; i < sizeof value.value.text; ++i)
-    ASSERT_EQ(0, value.value.text[i]) << "byte " << i;
+  for (std::size_t i = 2; i < sizeof value.value.text; ++i) ASSERT_EQ(0, value.value.text[i]) << i;
 }

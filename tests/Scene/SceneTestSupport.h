@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <vector>
 
 #include "ObjectManager/ObjectManager.h"
 
@@ -29,6 +30,24 @@ class InspectableScene : public Kel::Dov::Scene_V1 {
     return std::string(found->second.value.text);
   }
 };
+
+inline std::vector<float> floats(InspectableScene& scene, const Kel::Dov::Identifier& object,
+                                 const std::string& key) {
+  const std::vector<float>* values = scene.property<std::vector<float>>(object, key);
+  EXPECT_NE(nullptr, values) << key;
+  return values != nullptr ? *values : std::vector<float>();
+}
+
+// Runs `call` and expects the library's exception with `code`.
+template <class Call>
+void ExpectCode(int code, Call call) {
+  try {
+    call();
+    ADD_FAILURE() << "no exception, expected code " << code;
+  } catch (const Kel::Util::Exception& error) {
+    EXPECT_EQ(code, error.GetCode());
+  }
+}
 
 // Runs `call` and expects the identifier failure, code 8.
 template <class Call>

@@ -17,31 +17,6 @@ namespace {
 const std::size_t EntrySize = 139;
 std::size_t EntryAt(std::size_t number) { return 20 + EntrySize * number; }
 
-struct Entry {
-  std::string name;
-  std::uint32_t size;
-  std::uint8_t flags;
-};
-
-// A file laid down by hand: head, first index of `entries` padded with pool
-// entries, then `body`.
-Bytes HandBuilt(const std::vector<Entry>& entries, const Bytes& body) {
-  Bytes file{0x89, 0x54, 0x4D, 0x46, 0x0D, 0x0A, 0x1A, 0x0A, '1', '.', '1', 0};
-  TmfTest::Append32(file, 2784);
-  TmfTest::Append32(file, 20);
-  for (std::size_t i = 0; i < 20; ++i) {
-    const Entry entry = i < entries.size() ? entries[i] : Entry{"\vEmpty Block ", 0, 0};
-    file.push_back(static_cast<unsigned char>(i + 1));
-    TmfTest::Append32(file, 128);
-    file.insert(file.end(), entry.name.begin(), entry.name.end());
-    file.resize(file.size() + 128 - entry.name.size());
-    TmfTest::Append32(file, entry.size);
-    file.insert(file.end(), {entry.flags, 0});
-  }
-  file.insert(file.end(), body.begin(), body.end());
-  return file;
-}
-
 // A file of the library: "Heavy" in 25 flushed one-put blocks, so that 19
 // is an index block, and "Plain" left uncompressed.
 struct Sample {
@@ -86,7 +61,7 @@ TEST(ContainerReading, FindsStreamsOfAHandBuiltFileBySummingSizes) {
   body.insert(body.end(), tree.begin(), tree.end());
   body.insert(body.end(), lightStored.begin(), lightStored.end());
   const std::string path = TmfTest::ScratchPath();
-  TmfTest::WriteAll(path, HandBuilt({{"Heavy Data", 1000, 32},
+  TmfTest::WriteAll(path, TmfTest::HandBuilt({{"Heavy Data", 1000, 32},
                                      {"Dov Tree", 500, 0},
                                      {"Light Data", static_cast<std::uint32_t>(4 + length), 33}},
                                     body));
@@ -187,7 +162,7 @@ TEST(ContainerVerification, PositionsBeyondFourGiBAreSummedNotWrapped) {
   const std::string path = TmfTest::ScratchPath();
   TmfTest::WriteAll(
       path,
-      HandBuilt({{"Huge", 0xF0000000u, 0}, {"Huge", 0xF0000000u, 0}, {"Huge", 16, 0}}, Bytes()));
+      TmfTest::HandBuilt({{"Huge", 0xF0000000u, 0}, {"Huge", 0xF0000000u, 0}, {"Huge", 16, 0}}, Bytes()));
   const Container container = Container::Open(path);
   EXPECT_EQ(container.Blocks()[2].position, 2800ull + 2 * 0xF0000000ull);
   EXPECT_EQ(container.StreamLength("Huge"), 2 * 0xF0000000ull + 16);
@@ -201,7 +176,7 @@ TEST(ContainerVerification, TruncatedAndScrambledFilesNeverCrash) {
   const Sample sample = WriteSample(TmfTest::ScratchPath());
   const std::string damaged = TmfTest::ScratchPath("_damaged.tmf");
   std::vector<std::size_t> lengths = {0, 11, 12, 20, 2799, 2800, sample.bytes.size() - 1};
-  for (std::size_t length = 3000; length < sample.bytes.size(); length += 1499)
+  for (std::size_t length = 3000; length < sample.bytes.size(); length += 2999)
     lengths.push_back(length);
   for (std::size_t length : lengths) {
     TmfTest::WriteAll(damaged, Bytes(sample.bytes.begin(), sample.bytes.begin() + length));
@@ -209,7 +184,7 @@ TEST(ContainerVerification, TruncatedAndScrambledFilesNeverCrash) {
   }
   // Random damage: whatever Verify passes must also read without error.
   std::mt19937 random(1234);
-  for (int round = 0; round < 150; ++round) {
+  for (int round = 0; round < 100; ++round) {
     Bytes bytes = sample.bytes;
     for (unsigned flips = 1 + random() % 4; flips > 0; --flips)
       bytes[random() % bytes.size()] = static_cast<unsigned char>(random());

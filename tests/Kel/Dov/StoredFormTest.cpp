@@ -4,7 +4,6 @@
 
 #include "Kel/Dov/FramedRecord.h"
 #include "Kel/Dov/Tree.h"
-#include "Kel/Util/Coding.h"
 #include "StreamBytes.h"
 
 namespace {
@@ -14,61 +13,30 @@ using KelDov::AttributeMap;
 using KelDov::AttributeValue;
 using KelDov::Geometry;
 
-void AppendEmptyAttributeMap(Bytes& out) { AppendZeros(out, 24); }
+const std::uint32_t One = 0x3F800000;  // 1.0f
 
-// Fields 1 to 6 of a tree record.
-void AppendLinks(Bytes& out, std::initializer_list<std::uint32_t> idAndLinks) {
-  for (std::uint32_t value : idAndLinks) AppendU32(out, value);
-}
+TEST(StoredFormTest, EmptyTreeAndRootGroupR) {
+  KelDov::Tree empty;
+  empty.SaveTree(empty.GetFile());
+  // One record of 44 bytes: id and links, three empty texts, two offsets.
+  EXPECT_EQ(Le().u32({1, 1, 0, 0, 0, 0, 0}).zeros(20).bytes,
+            StreamBytes(empty.GetFile().index, "Dov Tree"));
+  for (const char* name : {"Light Data", "Attributes", "Resources", "Heavy Data"})
+    EXPECT_FALSE(HasStream(empty.GetFile().index, name)) << name;
 
-template <class Call>
-void ExpectFailure(Call call, int code, const std::string& method) {
-  try {
-    call();
-    ADD_FAILURE() << "no exception";
-  } catch (const Kel::Util::Exception& e) {
-    EXPECT_EQ(code, e.GetCode());
-    EXPECT_NE(std::string::npos, std::string(e.what()).find(method)) << e.what();
-  }
-}
-
-TEST(StoredFormTest, RootGroupR) {
   KelDov::Tree tree;
   tree.GetCurrentNode().value = new KelDov::Group("R", AttributeMap());
   tree.SaveTree(tree.GetFile());
   KelTmf::Index& index = tree.GetFile().index;
-
-  Bytes dovTree;
-  AppendU32(dovTree, 1);
-  AppendLinks(dovTree, {1, 0, 0, 0, 0, 0});
-  Append(dovTree, {0x01, 0, 0, 0, 0x52});
-  Append(dovTree, {0x05, 0, 0, 0, 0x47, 0x72, 0x6F, 0x75, 0x70});
-  Append(dovTree, {0x03, 0, 0, 0, 0x30, 0x2E, 0x34});
-  AppendZeros(dovTree, 8);
+  const Bytes dovTree =
+      Le().u32({1, 1, 0, 0, 0, 0, 0}).text("R").text("Group").text("0.4").zeros(8).bytes;
   ASSERT_EQ(57u, dovTree.size());
   EXPECT_EQ(dovTree, StreamBytes(index, "Dov Tree"));
-
-  Bytes light;
-  AppendZeros(light, 12);
-  Append(light, {0, 0, 0, 0, 0, 0, 0, 0, 0, 0, 0x80, 0x3F, 0, 0, 0, 0});
-  for (int i = 0; i < 3; ++i) Append(light, {0, 0, 0x80, 0x3F});
-  Append(light, {0});
-  EXPECT_EQ(light, StreamBytes(index, "Light Data"));
+  // Translation, rotation (0,0,1,0), scale, root flag.
+  EXPECT_EQ(Le().zeros(12).u32({0, 0, One, 0, One, One, One}).u8({0}).bytes,
+            StreamBytes(index, "Light Data"));
   EXPECT_EQ(Bytes(24, 0), StreamBytes(index, "Attributes"));
   EXPECT_FALSE(HasStream(index, "Resources"));
-}
-
-TEST(StoredFormTest, EmptyTreeHasOneRecordOf44Bytes) {
-  KelDov::Tree tree;
-  tree.SaveTree(tree.GetFile());
-  KelTmf::Index& index = tree.GetFile().index;
-  Bytes expected;
-  AppendU32(expected, 1);
-  AppendLinks(expected, {1, 0, 0, 0, 0, 0});
-  AppendZeros(expected, 12 + 8);
-  EXPECT_EQ(expected, StreamBytes(index, "Dov Tree"));
-  for (const char* name : {"Light Data", "Attributes", "Resources", "Heavy Data"})
-    EXPECT_FALSE(HasStream(index, name)) << name;
 }
 
 TEST(StoredFormTest, AttributeMapsAreSixListsInKindOrder0132) {
@@ -89,28 +57,12 @@ TEST(StoredFormTest, AttributeMapsAreSixListsInKindOrder0132) {
   map["d"].value.word = 5;
   KelDov::WriteAttributeMap(index, "A", map);
 
-  Bytes expected;
-  AppendU32(expected, 1);
-  AppendText(expected, "visible");
-  AppendU32(expected, 1);
-  Append(expected, {0});
-  AppendU32(expected, 1);
-  AppendU32(expected, 0);
-  AppendZeros(expected, 12);
-
-  AppendU32(expected, 5);
-  for (const char* key : {"B", "a", "ab", "c", "d"}) AppendText(expected, key);
-  AppendU32(expected, 5);
-  Append(expected, {2, 0, 1, 3, 7});
-  AppendU32(expected, 1);
-  AppendU32(expected, 7);
-  AppendU32(expected, 1);
-  AppendU32(expected, 9);
-  AppendU32(expected, 1);
-  AppendU64(expected, 0x1122334455667788ull);
-  AppendU32(expected, 1);
-  AppendText(expected, "x");
-  EXPECT_EQ(expected, StreamBytes(index, "A"));
+  Le expected;
+  expected.u32({1}).text("visible").u32({1}).u8({0}).u32({1, 0}).zeros(12);
+  expected.u32({5}).text("B").text("a").text("ab").text("c").text("d");
+  expected.u32({5}).u8({2, 0, 1, 3, 7}).u32({1, 7, 1, 9, 1}).u64(0x1122334455667788ull);
+  expected.u32({1}).text("x");
+  EXPECT_EQ(expected.bytes, StreamBytes(index, "A"));
 }
 
 class OldMaterial : public KelDov::Material {
@@ -123,17 +75,14 @@ class OldMaterial : public KelDov::Material {
 TEST(StoredFormTest, MaterialRecordIsFramedAndVersioned) {
   KelTmf::Index index;
   KelDov::PutMaterial(index, "Resources", KelDov::Material());
-  Bytes expected;
-  AppendU32(expected, 84);
-  AppendText(expected, "0.3");
-  for (std::uint32_t bits : {0x3F4CCCCDu, 0x3F4CCCCDu, 0x3F4CCCCDu, 0x3F800000u,  // diffuse
-                             0u, 0u, 0u, 0x3F800000u,                          // specular
-                             0u, 0u, 0u, 0x3F800000u,                          // emissive
-                             0x3E23D70Bu, 0x3E23D70Bu, 0x3E23D70Bu, 0x3E4CCCCDu,  // ambient
-                             0u, 0x3E4CCCCDu})                                 // extra, factor
-    AppendU32(expected, bits);
-  Append(expected, {1});
-  EXPECT_EQ(expected, StreamBytes(index, "Resources"));
+  const std::uint32_t gray = 0x3F4CCCCD, dim = 0x3E23D70B, fifth = 0x3E4CCCCD;
+  EXPECT_EQ(Le().u32({84})
+                .text("0.3")
+                .u32({gray, gray, gray, One, 0, 0, 0, One, 0, 0, 0, One})  // diffuse, specular, emissive
+                .u32({dim, dim, dim, fifth, 0, fifth})                     // ambient, extra, factor
+                .u8({1})
+                .bytes,
+            StreamBytes(index, "Resources"));
 
   // Older versions leave out the fields that came later.
   KelTmf::Index old;
@@ -141,8 +90,8 @@ TEST(StoredFormTest, MaterialRecordIsFramedAndVersioned) {
   KelDov::PutMaterial(old, "R", OldMaterial("0.2"));
   const Bytes both = StreamBytes(old, "R");
   ASSERT_EQ(79u + 83u, both.size());
-  EXPECT_EQ(79u, Kel::Util::DecodeFixed32(both.data()));
-  EXPECT_EQ(83u, Kel::Util::DecodeFixed32(both.data() + 79));
+  EXPECT_EQ(Le().u32({79}).bytes, Bytes(both.begin(), both.begin() + 4));
+  EXPECT_EQ(Le().u32({83}).bytes, Bytes(both.begin() + 79, both.begin() + 83));
 }
 
 KelDov::NumericArray Array(std::uint64_t byteSize, std::uint8_t width, std::uint32_t dataType) {
@@ -158,48 +107,27 @@ TEST(StoredFormTest, GeometryRecordsLinkedAndUnlinked) {
   tree.AddGeometry("empty");
   tree.MoveToParent();
   tree.AddGeometry("g");
-  AttributeMap unit;
+  AttributeMap mode, unit;
+  mode["Category"] = AttributeValue::Text("Vibration");
   unit["Unit"] = AttributeValue::Text("m");
   const std::uint64_t beyond4GiB = 0x140000000ull;
-  tree.AddVariable("X", Geometry::Coordinates, beyond4GiB, Array(36, 3, 1), unit);
+  tree.AddVariable("X", Geometry::Coordinates, beyond4GiB, Array(36, 3, 1), mode);
   const KelDov::VariableRef l =
       tree.AddVariable("L", Geometry::CellConnectivity, 0, Array(8, 1, 5), unit);
   tree.LinkVariable(l, KelDov::VariableRef{3, 0});
   tree.SaveTree(tree.GetFile());
   KelTmf::Index& index = tree.GetFile().index;
 
-  Bytes light;
-  AppendU32(light, 0);  // the empty geometry
-  AppendU32(light, 2);
-  AppendText(light, "X");
-  AppendU32(light, 0x01000001);
-  Append(light, {0});
-  AppendU32(light, 36);
-  Append(light, {3, 0, 0});
-  AppendZeros(light, 8);
-  Append(light, {0});
-  AppendU64(light, beyond4GiB);
-  Append(light, {0});
-  ASSERT_EQ(4u + 4 + 34 + 1, light.size());
-  AppendText(light, "L");
-  AppendU32(light, 0x05000006);
-  Append(light, {1});
-  AppendU32(light, 3);
-  AppendU32(light, 0);
-  Append(light, {0});
-  ASSERT_EQ(4u + 4 + 35 + 19, light.size());
-  EXPECT_EQ(light, StreamBytes(index, "Light Data"));
-
-  Bytes attributes;
-  AppendU32(attributes, 1);
-  AppendText(attributes, "Unit");
-  AppendU32(attributes, 1);
-  Append(attributes, {2});
-  AppendZeros(attributes, 12);
-  AppendU32(attributes, 1);
-  AppendText(attributes, "m");
-  AppendEmptyAttributeMap(attributes);  // the linked variable's
-  EXPECT_EQ(attributes, StreamBytes(index, "Attributes"));
+  Le light;
+  light.u32({0, 2});  // the empty geometry, then two variables
+  light.text("X").u32({0x01000001}).u8({0}).u32({36}).u8({3, 0, 0}).zeros(8).u8({0});
+  light.u64(beyond4GiB).u8({1});  // a vibration mode
+  light.text("L").u32({0x05000006}).u8({1}).u32({3, 0}).u8({0});
+  EXPECT_EQ(light.bytes, StreamBytes(index, "Light Data"));
+  // The linked variable's map is empty.
+  EXPECT_EQ(Le().u32({1}).text("Category").u32({1}).u8({2}).zeros(12).u32({1}).text("Vibration")
+                .zeros(24).bytes,
+            StreamBytes(index, "Attributes"));
 }
 
 class VersionedGeometry : public Geometry {
@@ -209,7 +137,7 @@ class VersionedGeometry : public Geometry {
   std::string version;
 };
 
-TEST(StoredFormTest, OlderGeometryLayouts) {
+TEST(StoredFormTest, OlderGeometryLayoutsAndMissingOffsets) {
   KelTmf::TmFile file;
   VersionedGeometry v06("0.6"), v04("0.4");
   for (Geometry* g : {static_cast<Geometry*>(&v06), static_cast<Geometry*>(&v04)}) {
@@ -222,41 +150,22 @@ TEST(StoredFormTest, OlderGeometryLayouts) {
   }
   v06.WriteTm(file, "L6", "H", "A");
   v04.WriteTm(file, "L4", "H", "A");
-
-  Bytes six;
-  AppendU32(six, 1);
-  AppendText(six, "S");
-  AppendU32(six, 0x0100000C);
-  Append(six, {0});
-  AppendU32(six, 8);
-  Append(six, {1, 0, 0});
-  AppendZeros(six, 9);
-  AppendU32(six, 0x10);  // low 32 bits only
-  Append(six, {1});
-  EXPECT_EQ(six, StreamBytes(file.index, "L6"));
-
-  Bytes four;
-  AppendU32(four, 1);
-  AppendText(four, "S");
-  AppendU32(four, 12);  // no data type
-  AppendU32(four, 8);
-  Append(four, {1, 0, 0});
-  AppendZeros(four, 9);
-  Append(four, {1});
-  AppendU64(four, 0x100000010ull);  // after the attributes, in its own place
-  EXPECT_EQ(four, StreamBytes(file.index, "L4"));
+  // 0.6 keeps the low 32 bits of the offset; 0.4 has no data type and puts
+  // the whole offset after the attributes.
+  EXPECT_EQ(Le().u32({1}).text("S").u32({0x0100000C}).u8({0}).u32({8}).u8({1, 0, 0}).zeros(9)
+                .u32({0x10}).u8({1}).bytes,
+            StreamBytes(file.index, "L6"));
+  EXPECT_EQ(Le().u32({1}).text("S").u32({12, 8}).u8({1, 0, 0}).zeros(9).u8({1})
+                .u64(0x100000010ull).bytes,
+            StreamBytes(file.index, "L4"));
   EXPECT_EQ(Bytes(48, 0), StreamBytes(file.index, "A"));
   EXPECT_FALSE(HasStream(file.index, "H"));
-}
 
-TEST(StoredFormTest, VariableWithoutDatasetOffsetFailsTheSave) {
-  KelTmf::TmFile file;
-  VersionedGeometry v07("0.7"), v04("0.4");
+  VersionedGeometry v07("0.7"), old("0.4");
   v07.GetOrAddVariableIndex("orphan");
-  v04.GetOrAddVariableIndex("orphan");
+  old.GetOrAddVariableIndex("orphan");
   ExpectFailure([&] { v07.WriteTm(file, "L", "H", "A"); }, 5, "KelDov::Geometry::WriteTm");
-  ExpectFailure([&] { v04.WriteTm(file, "L", "H", "A"); }, 5, "KelDov::Geometry::WriteTm_l05");
-
+  ExpectFailure([&] { old.WriteTm(file, "L", "H", "A"); }, 5, "KelDov::Geometry::WriteTm_l05");
   // A linked variable needs no offset.
   VersionedGeometry linked("0.7");
   linked.GetOrAddVariableIndex("l");

@@ -1,8 +1,8 @@
 #ifndef DOVWRITER_TESTS_KEL_DOV_STREAMBYTES_H
 #define DOVWRITER_TESTS_KEL_DOV_STREAMBYTES_H
 
-// What a stream holds while its blocks are still in memory, and byte
-// builders for the expected values.
+// What a stream holds while its blocks are still in memory, a builder for
+// expected bytes, and scratch paths.
 
 #include <cstdint>
 #include <cstdlib>
@@ -10,6 +10,9 @@
 #include <initializer_list>
 #include <string>
 #include <vector>
+
+#include <DovWriter/Exception.h>
+#include <gtest/gtest.h>
 
 #include "Kel/Tmf/Index.h"
 
@@ -31,25 +34,31 @@ inline Bytes StreamBytes(KelTmf::Index& index, const std::string& name) {
   return bytes;
 }
 
-inline void Append(Bytes& out, std::initializer_list<unsigned char> bytes) {
-  out.insert(out.end(), bytes);
-}
-
-inline void AppendU32(Bytes& out, std::uint32_t value) {
-  for (int i = 0; i < 4; ++i) out.push_back(static_cast<unsigned char>(value >> (8 * i)));
-}
-
-inline void AppendU64(Bytes& out, std::uint64_t value) {
-  AppendU32(out, static_cast<std::uint32_t>(value));
-  AppendU32(out, static_cast<std::uint32_t>(value >> 32));
-}
-
-inline void AppendText(Bytes& out, const std::string& text) {
-  AppendU32(out, static_cast<std::uint32_t>(text.size()));
-  out.insert(out.end(), text.begin(), text.end());
-}
-
-inline void AppendZeros(Bytes& out, std::size_t count) { out.insert(out.end(), count, 0); }
+// Expected bytes, written out independently of the library's coding helpers.
+struct Le {
+  Le& u8(std::initializer_list<unsigned char> values) {
+    bytes.insert(bytes.end(), values);
+    return *this;
+  }
+  Le& u32(std::initializer_list<std::uint32_t> values) {
+    for (std::uint32_t value : values)
+      for (int i = 0; i < 4; ++i) bytes.push_back(static_cast<unsigned char>(value >> (8 * i)));
+    return *this;
+  }
+  Le& u64(std::uint64_t value) {
+    return u32({static_cast<std::uint32_t>(value), static_cast<std::uint32_t>(value >> 32)});
+  }
+  Le& text(const std::string& value) {
+    u32({static_cast<std::uint32_t>(value.size())});
+    bytes.insert(bytes.end(), value.begin(), value.end());
+    return *this;
+  }
+  Le& zeros(std::size_t count) {
+    bytes.insert(bytes.end(), count, 0);
+    return *this;
+  }
+  Bytes bytes;
+};
 
 // A fresh path for a file that a test writes; `name` is unique per test.
 inline std::string TempPath(const std::string& name) {
@@ -59,6 +68,19 @@ inline std::string TempPath(const std::string& name) {
   const std::filesystem::path path = base / name;
   std::filesystem::remove(path);
   return path.string();
+}
+
+// Runs `call`, expecting the library's exception with `code` whose text
+// holds `mention`.
+template <class Call>
+void ExpectFailure(Call call, int code, const std::string& mention) {
+  try {
+    call();
+    ADD_FAILURE() << "no exception, expected code " << code;
+  } catch (const Kel::Util::Exception& e) {
+    EXPECT_EQ(code, e.GetCode());
+    EXPECT_NE(std::string::npos, std::string(e.what()).find(mention)) << e.what();
+  }
 }
 
 }  // namespace DovTest

@@ -36,19 +36,7 @@ TEST(IndexWriteOut, SinglePlainBlockFileIsExactly2900Bytes) {
   const Bytes payload = TmfTest::Pattern(100, 3);
   TmfTest::WriteContainer(path, [&](TmFile& file) { file.index.Put("S", payload.data(), 100); });
 
-  Bytes expected{0x89, 0x54, 0x4D, 0x46, 0x0D, 0x0A, 0x1A, 0x0A, '1', '.', '1', 0};
-  TmfTest::Append32(expected, 2784);
-  TmfTest::Append32(expected, 20);
-  for (std::uint32_t entry = 0; entry < 20; ++entry) {
-    const std::string name = entry == 0 ? "S" : KelTmf::EmptyBlockName;
-    expected.push_back(static_cast<unsigned char>(entry + 1));
-    TmfTest::Append32(expected, 128);
-    expected.insert(expected.end(), name.begin(), name.end());
-    expected.resize(expected.size() + 128 - name.size());
-    TmfTest::Append32(expected, entry == 0 ? 100 : 0);
-    expected.insert(expected.end(), {0, 0});
-  }
-  expected.insert(expected.end(), payload.begin(), payload.end());
+  const Bytes expected = TmfTest::HandBuilt({{"S", 100, 0}}, payload);
   ASSERT_EQ(expected.size(), 2900u);
   EXPECT_EQ(TmfTest::ReadAll(path), expected);
 }

@@ -62,6 +62,31 @@ inline Bytes BlockBytes(const KelTmf::Block& block) {
   return Bytes(block.data, block.data + block.length);
 }
 
+// A file laid down by hand: head, a first index of `entries` padded with
+// pool entries, then `body`.
+struct Entry {
+  std::string name;
+  std::uint32_t size;
+  std::uint8_t flags;
+};
+
+inline Bytes HandBuilt(const std::vector<Entry>& entries, const Bytes& body) {
+  Bytes file{0x89, 0x54, 0x4D, 0x46, 0x0D, 0x0A, 0x1A, 0x0A, '1', '.', '1', 0};
+  Append32(file, 2784);
+  Append32(file, 20);
+  for (std::size_t i = 0; i < 20; ++i) {
+    const Entry entry = i < entries.size() ? entries[i] : Entry{"\vEmpty Block ", 0, 0};
+    file.push_back(static_cast<unsigned char>(i + 1));
+    Append32(file, 128);
+    file.insert(file.end(), entry.name.begin(), entry.name.end());
+    file.resize(file.size() + 128 - entry.name.size());
+    Append32(file, entry.size);
+    file.insert(file.end(), {entry.flags, 0});
+  }
+  file.insert(file.end(), body.begin(), body.end());
+  return file;
+}
+
 // Runs `action` and expects the library's exception with this code and
 // description.
 template <class Action>

@@ -45,13 +45,22 @@ TEST(ExceptionText, DescribedExceptionHasTheExactMultiLineText) {
   EXPECT_EQ("\n \n", text.substr(text.size() - 3));
 }
 
-TEST(ExceptionText, ConstructorWithoutDescriptionUsesTheTextOfTheCode) {
+TEST(ExceptionText, ConstructorWithoutDescriptionUsesTheTextOfTheCodeAndCopiesKeepAll) {
   const char* method = "KelTmf::Index::Put";
   const std::int64_t before = Platform::Now();
   const Exception error(5, "src/Kel/Tmf/Index.cpp", 412, method);
   ExpectText(error, before, Platform::Now(), "Element Not Found", "Element Not Found",
              "src/Kel/Tmf/Index.cpp", 412, "KelTmf::Index::Put");
   EXPECT_STREQ("Element Not Found", error.GetDescription());
+
+  const Exception copy(error);
+  Exception assigned(0, "x", "y", 1, "z");
+  assigned = error;
+  for (const Exception* other : {&copy, static_cast<const Exception*>(&assigned)}) {
+    EXPECT_EQ(5, other->GetCode());
+    EXPECT_STREQ(error.GetDescription(), other->GetDescription());
+    EXPECT_STREQ(error.what(), other->what());
+  }
 }
 
 TEST(ExceptionText, LongDescriptionAndTextAreCutWithoutFailure) {
@@ -62,18 +71,4 @@ TEST(ExceptionText, LongDescriptionAndTextAreCutWithoutFailure) {
   // 5,632 bytes including the terminating NUL.
   EXPECT_EQ(Exception::MaxWhatLength - 1, std::strlen(error.what()));
   EXPECT_EQ(0, std::strncmp(error.what(), "Exception \"Out of Bounds\" raised. \n", 35));
-}
-
-TEST(ExceptionText, CopyKeepsCodeDescriptionAndText) {
-  const Exception original(14, "This point should not be reached", "a/b.cpp", 7,
-                           "KelTmf::Index::AddBlock");
-  const Exception copy(original);
-  EXPECT_EQ(14, copy.GetCode());
-  EXPECT_STREQ(original.GetDescription(), copy.GetDescription());
-  EXPECT_STREQ(original.what(), copy.what());
-
-  Exception assigned(0, "x", "y", 1, "z");
-  assigned = original;
-  EXPECT_EQ(14, assigned.GetCode());
-  EXPECT_STREQ(original.what(), assigned.what());
 }
