@@ -125,12 +125,7 @@ WriteFigures WriteHdf5(const ModelShape& shape, const std::string& path,
     file.CloseGroup(mesh);
     file.Close();
   }
-  WriteFigures figures;
-  figures.wallSeconds = watch.WallSeconds();
-  figures.cpuSeconds = watch.CpuSeconds();
-  figures.peakRssBytes = PeakRssBytes();
-  figures.fileBytes = FileBytes(path);
-  return figures;
+  return FinishedWrite(watch, path);
 }
 
 }  // namespace bench

@@ -129,6 +129,10 @@ WriteFigures WriteOurs(const ModelShape& shape, const std::string& path) {
       scene.closeFile(path.c_str());
     });
   }
+  return FinishedWrite(watch, path);
+}
+
+WriteFigures FinishedWrite(const Stopwatch& watch, const std::string& path) {
   WriteFigures figures;
   figures.wallSeconds = watch.WallSeconds();
   figures.cpuSeconds = watch.CpuSeconds();

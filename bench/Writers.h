@@ -19,6 +19,11 @@ struct WriteFigures {
   std::uint64_t fileBytes = 0;
 };
 
+class Stopwatch;
+// The figures of a finished write: the watch's times, this process's peak
+// memory and the size of the file at `path`.
+WriteFigures FinishedWrite(const Stopwatch& watch, const std::string& path);
+
 // Through this library's public API, from the first setValues to the end of
 // closeFile. The caller's copy of each array is freed as soon as the
 // library has taken it.
