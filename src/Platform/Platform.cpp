@@ -19,7 +19,7 @@ namespace {
 // Smaller buffers may share their pages with others, and advising part of a
 // mapping would split it, which keeps the C library from growing the buffer
 // in place. Buffers this large have a mapping of their own.
-const std::uint64_t LargeBufferBytes = std::uint64_t(32) << 20;
+const std::uint64_t LargeBufferBytes = std::uint64_t(4) << 20;
 
 }  // namespace
 
