@@ -1,4 +1,4 @@
-#include "TestModel.h"
+#include "ToolTestSupport.h"
 
 #include <DovWriter/DovWriter.h>
 
@@ -8,10 +8,11 @@ namespace ToolTest {
 
 using namespace Kel::Dov;
 
-const float kTimes[3] = {0.5f, 1.0f, 2.0f};
 const std::vector<float> kPlateCoordinates = {0, 0, 0, 1, 0, 0, 2, 0, 0, 0, 1, 0, 1, 1, 0, 2, 1, 0};
 const std::vector<float> kBoltCoordinates = {0, 0, 0, 1, 0, 0, 1, 1, 0, 0, 1, 0,
                                              0, 0, 3, 1, 0, 3, 1, 1, 3, 0, 1, 3};
+
+const float kTimes[3] = {0.5f, 1.0f, 2.0f};
 
 float Temperature(int time, int node) { return kTimes[time] * 100 + float(node); }
 float Damage(int time, int cell) { return kTimes[time] + float(cell) / 8; }

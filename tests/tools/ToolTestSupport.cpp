@@ -4,6 +4,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
@@ -19,51 +20,24 @@ std::string ShellQuote(const std::string& text) {
   return quoted + "'";
 }
 
-std::vector<std::string> SplitTabs(const std::string& line) {
-  std::vector<std::string> fields;
-  std::stringstream stream(line);
-  std::string field;
-  while (std::getline(stream, field, '\t')) fields.push_back(field);
-  return fields;
-}
-
-template <class T>
-std::vector<T> Numbers(const std::string& text) {
-  std::vector<T> values;
-  std::stringstream stream(text);
-  T value;
-  while (stream >> value) values.push_back(value);
-  return values;
-}
-
-void AddRecord(VtkFileSummary& summary, const std::vector<std::string>& f) {
-  const std::string& kind = f[0];
-  std::string rest = f.size() > 1 ? f[1] : "";
-  if (kind == "points") summary.points = std::stol(rest);
-  if (kind == "cells") summary.cells = std::stol(rest);
-  if (kind == "coordinates") summary.coordinates = Numbers<double>(rest);
-  if (kind == "celltypes") summary.cellTypes = Numbers<long>(rest);
-  if (kind == "cellsizes") summary.cellSizes = Numbers<long>(rest);
-  if (kind == "cellnodes") summary.cellNodes = Numbers<long>(rest);
-  if (kind == "dataset") summary.dataSets.push_back(f[1] + " " + f[2] + " " + f[3]);
-  if ((kind == "pointdata" || kind == "celldata") && f.size() >= 4) {
-    VtkArraySummary array{std::stoi(f[2]), f[3], Numbers<double>(f.size() > 4 ? f[4] : "")};
-    (kind == "pointdata" ? summary.pointData : summary.cellData)[f[1]] = array;
-  }
-}
-
-}  // namespace
-
 // Each test runs as a process of its own, in parallel with the others: a
 // directory carries the process id, and goes when the process ends.
-class ScratchDirs {
- public:
+struct ScratchDirs {
   ~ScratchDirs() {
     std::error_code ignored;
     for (const std::string& dir : dirs) std::filesystem::remove_all(dir, ignored);
   }
   std::vector<std::string> dirs;
 };
+
+}  // namespace
+
+std::vector<double> Numbers(const std::string& text) {
+  std::vector<double> values;
+  std::stringstream stream(text);
+  for (double value; stream >> value;) values.push_back(value);
+  return values;
+}
 
 std::string ScratchDir(const std::string& name) {
   static ScratchDirs created;
@@ -84,50 +58,42 @@ std::string ReadFile(const std::string& path) {
 }
 
 void WriteFile(const std::string& path, const std::string& bytes) {
-  std::ofstream out(path, std::ios::binary | std::ios::trunc);
-  out << bytes;
+  std::ofstream(path, std::ios::binary | std::ios::trunc) << bytes;
 }
 
 ProcessResult RunProcess(const std::vector<std::string>& arguments) {
-  static int counter = 0;
-  std::string capture = ScratchDir("capture-" + std::to_string(++counter));
+  static const std::string capture = ScratchDir("capture");
   std::string command;
   for (const std::string& argument : arguments) command += ShellQuote(argument) + " ";
   command += ">" + ShellQuote(capture + "/out") + " 2>" + ShellQuote(capture + "/err");
-  ProcessResult result;
   int raw = std::system(command.c_str());
-  result.status = WIFEXITED(raw) ? WEXITSTATUS(raw) : -1;
-  result.out = ReadFile(capture + "/out");
-  result.err = ReadFile(capture + "/err");
-  std::filesystem::remove_all(capture);
-  return result;
+  return {WIFEXITED(raw) ? WEXITSTATUS(raw) : -1, ReadFile(capture + "/out"),
+          ReadFile(capture + "/err")};
 }
 
 bool HaveVtkPython() {
-  static int have = -1;
-  if (have < 0) {
-    have = RunProcess({"/usr/bin/python3", "-c", "import vtk"}).status == 0 ? 1 : 0;
-  }
-  return have == 1;
+  static const bool have = RunProcess({"/usr/bin/python3", "-c", "import vtk"}).status == 0;
+  return have;
 }
 
-std::map<std::string, VtkFileSummary> ReadWithVtk(const std::vector<std::string>& paths) {
+std::map<std::string, VtkRecords> ReadWithVtk(const std::vector<std::string>& paths) {
   std::vector<std::string> command = {"/usr/bin/python3",
                                       DOVWRITER_SOURCE_DIR "/tests/tools/vtk_summary.py"};
   command.insert(command.end(), paths.begin(), paths.end());
   ProcessResult run = RunProcess(command);
   EXPECT_EQ(run.status, 0) << run.err;
-  std::map<std::string, VtkFileSummary> summaries;
+  std::map<std::string, VtkRecords> summaries;
   std::stringstream lines(run.out);
-  std::string line;
-  VtkFileSummary* current = nullptr;
-  while (std::getline(lines, line)) {
-    std::vector<std::string> fields = SplitTabs(line);
-    if (fields.empty()) continue;
-    if (fields[0] == "file") {
-      current = &summaries[fields[1]];
+  VtkRecords* current = nullptr;
+  for (std::string line; std::getline(lines, line);) {
+    std::size_t tab = line.find('\t');
+    std::string kind = line.substr(0, tab);
+    std::string rest = tab == std::string::npos ? "" : line.substr(tab + 1);
+    std::replace(rest.begin(), rest.end(), '\t', ' ');
+    if (kind == "file") {
+      current = &summaries[rest];
     } else if (current) {
-      AddRecord(*current, fields);
+      (*current)[kind] = rest;
     }
   }
   return summaries;

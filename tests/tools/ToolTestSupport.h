@@ -2,52 +2,58 @@
 #define DOVINSPECT_TESTS_TOOLTESTSUPPORT_H
 
 // Helpers of the dovinspect tests: scratch directories, running programs,
-// and reading exported files back through VTK's own Python reader.
+// reading exported files back through VTK's own Python reader, and a small
+// model written through the public API (TestModel.cpp):
+//
+// Group "Model"
+//   mesh "Plate": 6 nodes in two rows, cells quad 0 1 4 3, triangles 1 2 5
+//   and 1 5 4; node ids 101..106; element sets "Left" (cell 0), "Right"
+//   (cells 1, 2, hidden) and "All" (cells 0 1 2); instance group "Time" with
+//   the values 0.5, 1 and 2, and per value the results "Temperature" (per
+//   node), "Damage" (per cell of the whole mesh) and "Displacement" (vector).
+//   shape "Bolt", moved by (10, 0, 0): a geometry of one 8-node cell, which
+//   takes the shape's name.
 
+#include <cstdint>
 #include <map>
 #include <string>
 #include <vector>
 
 namespace ToolTest {
 
+extern const std::vector<float> kPlateCoordinates;
+extern const std::vector<float> kBoltCoordinates;
+float Temperature(int time, int node);
+float Damage(int time, int cell);
+
+// Writes the model to `path`. A `heavyBlockLimit` other than 0 cuts "Heavy
+// Data" into small blocks, so that the file needs an index block.
+void WriteTestModel(const std::string& path, std::uint32_t heavyBlockLimit = 0);
+
 // A fresh, empty directory under DOVWRITER_TEST_TMP, removed when the test
 // process ends.
 std::string ScratchDir(const std::string& name);
-
 std::string ReadFile(const std::string& path);
 void WriteFile(const std::string& path, const std::string& bytes);
 
 struct ProcessResult {
   int status = -1;
-  std::string out;
-  std::string err;
+  std::string out, err;
 };
 // Runs `arguments` (quoted for the shell) and collects both outputs.
 ProcessResult RunProcess(const std::vector<std::string>& arguments);
 
-struct VtkArraySummary {
-  int components = 0;
-  std::string type;
-  std::vector<double> values;
-};
-
-struct VtkFileSummary {
-  long points = -1;
-  long cells = -1;
-  std::vector<double> coordinates;
-  std::vector<long> cellTypes;
-  std::vector<long> cellSizes;
-  std::vector<long> cellNodes;
-  std::map<std::string, VtkArraySummary> pointData;
-  std::map<std::string, VtkArraySummary> cellData;
-  // For a .pvd: time, part and file of each data set.
-  std::vector<std::string> dataSets;
-};
+// What VTK read from one file, by kind of record of vtk_summary.py: "counts"
+// (points and cells), "coordinates", "celltypes", "cellnodes", "pointdata
+// NAME" and "celldata NAME" (components, then the values) and, of a .pvd,
+// "dataset N" (time, part and file of the Nth data set).
+using VtkRecords = std::map<std::string, std::string>;
+std::vector<double> Numbers(const std::string& text);
 
 // True if /usr/bin/python3 can import vtk.
 bool HaveVtkPython();
 // Reads every file with VTK; fails the calling test on a reader error.
-std::map<std::string, VtkFileSummary> ReadWithVtk(const std::vector<std::string>& paths);
+std::map<std::string, VtkRecords> ReadWithVtk(const std::vector<std::string>& paths);
 
 }  // namespace ToolTest
 

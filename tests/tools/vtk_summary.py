@@ -1,12 +1,6 @@
 """Reads VTK XML files with VTK's own reader and prints what the tests
-compare, one tab-separated record per line:
-
-  file <path>
-  points <count> / cells <count>
-  coordinates / celltypes / cellsizes / cellnodes <values...>
-  pointdata|celldata <name> <components> <type> <values...>
-
-A .pvd collection is read as XML and gives 'dataset <time> <part> <file>'."""
+compare, one tab-separated record per line after 'file <path>'. A .pvd
+collection is read as XML."""
 import sys
 import xml.etree.ElementTree as ElementTree
 
@@ -22,13 +16,6 @@ def values(array):
     return " ".join(repr(array.GetValue(i)) for i in range(array.GetNumberOfValues()))
 
 
-def arrays(kind, data):
-    for i in range(data.GetNumberOfArrays()):
-        array = data.GetArray(i)
-        line(kind, array.GetName(), array.GetNumberOfComponents(),
-             array.GetDataTypeAsString(), values(array))
-
-
 def read_vtu(path):
     reader = vtk.vtkXMLUnstructuredGridReader()
     reader.SetFileName(path)
@@ -36,33 +23,28 @@ def read_vtu(path):
     if reader.GetErrorCode() != 0:
         sys.exit("reader error %d on %s" % (reader.GetErrorCode(), path))
     grid = reader.GetOutput()
-    line("file", path)
-    line("points", grid.GetNumberOfPoints())
-    line("cells", grid.GetNumberOfCells())
+    line("counts", grid.GetNumberOfPoints(), grid.GetNumberOfCells())
     if grid.GetPoints() is not None:
         line("coordinates", values(grid.GetPoints().GetData()))
-    types, sizes, nodes = [], [], []
+    types, nodes = [], []
     for c in range(grid.GetNumberOfCells()):
+        # GetCell hands out one shared cell: take its ids before the next.
         ids = grid.GetCell(c).GetPointIds()
-        types.append(grid.GetCellType(c))
-        sizes.append(ids.GetNumberOfIds())
-        nodes.extend(ids.GetId(k) for k in range(ids.GetNumberOfIds()))
-    line("celltypes", " ".join(map(str, types)))
-    line("cellsizes", " ".join(map(str, sizes)))
-    line("cellnodes", " ".join(map(str, nodes)))
-    arrays("pointdata", grid.GetPointData())
-    arrays("celldata", grid.GetCellData())
+        types.append(str(grid.GetCellType(c)))
+        nodes.extend(str(ids.GetId(k)) for k in range(ids.GetNumberOfIds()))
+    line("celltypes", " ".join(types))
+    line("cellnodes", " ".join(nodes))
+    for kind, data in (("pointdata", grid.GetPointData()), ("celldata", grid.GetCellData())):
+        for i in range(data.GetNumberOfArrays()):
+            array = data.GetArray(i)
+            line(kind + " " + array.GetName(), array.GetNumberOfComponents(), values(array))
 
 
-def read_pvd(path):
-    root = ElementTree.parse(path).getroot()
+for path in sys.argv[1:]:
     line("file", path)
-    for dataset in root.iter("DataSet"):
-        line("dataset", dataset.get("timestep"), dataset.get("part"), dataset.get("file"))
-
-
-for argument in sys.argv[1:]:
-    if argument.endswith(".pvd"):
-        read_pvd(argument)
+    if path.endswith(".pvd"):
+        for n, dataset in enumerate(ElementTree.parse(path).getroot().iter("DataSet")):
+            line("dataset %d" % n, dataset.get("timestep"), dataset.get("part"),
+                 dataset.get("file"))
     else:
-        read_vtu(argument)
+        read_vtu(path)
