@@ -13,7 +13,6 @@
 #include "ModelFile.h"
 
 using namespace roadtest;
-using Kel::Dov::ElementSetObject;
 using Kel::Dov::GroupObject;
 using Kel::Dov::MeshObject;
 
@@ -54,14 +53,9 @@ void WriteStatesModel(const std::string& path) {
                     makeArray(scene, pressure));
   }
   const std::vector<Words> sets{{0, 1}, {2, 3}, {4, 5}};
-  for (std::size_t s = 0; s < sets.size(); ++s) {
-    const Identifier set = makeObject(scene, ElementSetObject, ("Set " + std::to_string(s + 1)).c_str());
-    scene.setValues<unsigned int>(set, sets[s].data(), sets[s].size());
-    scene.addElementSet(mesh, set);
-  }
-  scene.createDefaultViews(root);
-  scene.saveTo(path.c_str(), nullptr, false, true);
-  scene.closeFile(path.c_str());
+  for (std::size_t s = 0; s < sets.size(); ++s)
+    scene.addElementSet(mesh, makeSet(scene, ("Set " + std::to_string(s + 1)).c_str(), sets[s]));
+  closeScene(scene, root, path);
 }
 
 }  // namespace

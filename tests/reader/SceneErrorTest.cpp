@@ -102,9 +102,9 @@ TEST(SceneErrorTest, EveryCutAndEveryExtraByteIsFound) {
   for (const char* name : SceneStreams) {
     const std::size_t size = [&] { Streams s = sound; return StreamIn(s, name).size(); }();
     ASSERT_GT(size, 0u) << name;
-    // Each file costs a block buffer per stream, so a few cuts per stream:
-    // at the start, in a middle record and in the last value.
-    for (std::size_t cut : {std::size_t(0), size / 2, size - 1}) {
+    // Each file costs a block buffer per stream, so two cuts per stream:
+    // in a middle record and in the last value.
+    for (std::size_t cut : {size / 2, size - 1}) {
       Streams damaged = sound;
       StreamIn(damaged, name).resize(cut);
       WriteStreams(path, damaged);

@@ -39,14 +39,6 @@ Bytes SmoothPlanes(std::size_t values) {
   return bytes;
 }
 
-Bytes BlockOf(const Bytes& plain) {
-  Block block;
-  if (!plain.empty()) block.PutRaw(plain.data(), plain.size());
-  Bytes stored = TmfTest::BlockBytes(block);
-  block.Release();
-  return stored;
-}
-
 // [u32 length][compress2 at level 6]: what a compressed block must hold.
 Bytes Compress2Form(const Bytes& plain) {
   Bytes out(compressBound(plain.size()));
@@ -99,7 +91,7 @@ TEST(StreamedCompression, SameBytesAsCompress2InPiecesOfBoundedSize) {
       EXPECT_GT(pieces, 2u);
     }
     // The block is only read.
-    EXPECT_EQ(TmfTest::BlockBytes(block), BlockOf(plain));
+    EXPECT_EQ(TmfTest::BlockBytes(block), plain);
     block.Release();
   }
 }
