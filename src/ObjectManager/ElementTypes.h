@@ -31,31 +31,26 @@
 // The forms that the object table implements. A signed and an unsigned
 // character give the same value text, and `long` is one of the two 64-bit
 // spellings, so those host forms are folded onto one of these.
+#define DOVWRITER_FOR_EACH_SHARED_NUMBER_TYPE(X) \
+  X(unsigned char)                               \
+  X(short)                                       \
+  X(unsigned short)                              \
+  X(int)                                         \
+  X(unsigned int)                                \
+  X(long long)                                   \
+  X(unsigned long long)                          \
+  X(float)                                       \
+  X(double)
+
 #define DOVWRITER_FOR_EACH_SHARED_VALUE_TYPE(X) \
-  X(unsigned char)                              \
-  X(short)                                      \
-  X(unsigned short)                             \
-  X(int)                                        \
-  X(unsigned int)                               \
-  X(long long)                                  \
-  X(unsigned long long)                         \
-  X(float)                                      \
-  X(double)                                     \
+  DOVWRITER_FOR_EACH_SHARED_NUMBER_TYPE(X)      \
   X(const char*)
 
 // Arrays keep `signed char` apart from `unsigned char`: they are different
 // element types of the stored vector.
 #define DOVWRITER_FOR_EACH_SHARED_ARRAY_TYPE(X) \
   X(signed char)                                \
-  X(unsigned char)                              \
-  X(short)                                      \
-  X(unsigned short)                             \
-  X(int)                                        \
-  X(unsigned int)                               \
-  X(long long)                                  \
-  X(unsigned long long)                         \
-  X(float)                                      \
-  X(double)
+  DOVWRITER_FOR_EACH_SHARED_NUMBER_TYPE(X)
 
 namespace Kel {
 namespace Dov {
