@@ -8,15 +8,8 @@ using namespace Kel::Dov;
 
 namespace {
 
-struct GeometryScene {
-  Scene_V1 scene;
-  Identifier root = makeObject(scene, GroupObject, "R");
-
-  Identifier add(const char* name) {
-    const Identifier geometry = makeObject(scene, GeometryObject, name);
-    scene.addComponent(root, geometry);
-    return geometry;
-  }
+struct GeometryScene : RootedScene {
+  Identifier add(const char* name) { return RootedScene::add(GeometryObject, name); }
 };
 
 }  // namespace

@@ -10,15 +10,8 @@ using namespace Kel::Dov;
 
 namespace {
 
-struct MeshScene {
-  Scene_V1 scene;
-  Identifier root = makeObject(scene, GroupObject, "R");
-
-  Identifier addMesh(const char* name) {
-    const Identifier mesh = makeObject(scene, MeshObject, name);
-    scene.addComponent(root, mesh);
-    return mesh;
-  }
+struct MeshScene : RootedScene {
+  Identifier addMesh(const char* name) { return add(MeshObject, name); }
   Identifier addSet(const Identifier& mesh, const char* name, const Words& cells) {
     const Identifier set = makeSet(scene, name, cells);
     scene.addElementSet(mesh, set);

@@ -67,6 +67,18 @@ inline Identifier makeSet(Scene_V1& scene, const char* name, const Words& cells)
   return set;
 }
 
+// A scene with a root group "R"; `add` makes an object under it.
+struct RootedScene {
+  Scene_V1 scene;
+  Identifier root = makeObject(scene, Kel::Dov::GroupObject, "R");
+
+  Identifier add(Kel::Dov::ObjectType type, const char* name) {
+    const Identifier object = makeObject(scene, type, name);
+    scene.addComponent(root, object);
+    return object;
+  }
+};
+
 inline void closeScene(Scene_V1& scene, const Identifier& root, const std::string& path) {
   scene.createDefaultViews(root);
   scene.saveTo(path.c_str(), nullptr, false, true);
