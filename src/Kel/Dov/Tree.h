@@ -83,7 +83,8 @@ class Tree : public KelAdt::Tree<Node*> {
   // Adds a child entry under the current one, makes it current and stores
   // `node` in it; the tree owns the node from then on.
   void AddNodeHolding(Node* node);
-  // Reorders `count` values straight into a block of "Heavy Data".
+  // Reorders `count` values into "Heavy Data", whose blocks go through
+  // zlib into the file as they fill where their place is known.
   template <class Values>
   std::uint64_t PutDataset(const Values& values, std::uint64_t count, std::uint8_t width);
   // The geometry of the current entry, or a code-5 failure under `method`.

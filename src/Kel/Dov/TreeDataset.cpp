@@ -54,9 +54,9 @@ std::uint64_t Tree::PutDataset(const Values& values, std::uint64_t count, std::u
   // starts gets them with the next dataset, or at the end of the save.
   index.SetBlockFlags(HeavyDataStream, KelTmf::BlockFlagFreeze);
   index.SetBlockFlags(HeavyDataStream, KelTmf::BlockFlagCompress);
-  index.PutRecord(HeavyDataStream, [&](KelTmf::Block& block) {
-    EncodeDataset(block.Extend(4 * count), values, count, width);
-  });
+  // Every block of the stream is compressed at the end of the save.
+  index.PutCompressed(HeavyDataStream, file.stream, 4 * count,
+                      [&](unsigned char* out) { EncodeDataset(out, values, count, width); });
   index.FlushFrozen(file.stream);
   return offset;
 }

@@ -149,6 +149,11 @@ unsigned char* Block::Extend(std::uint64_t count) {
   return target;
 }
 
+void Block::Skip(std::uint64_t count) {
+  RequireRoom(count);
+  Advance(static_cast<std::uint32_t>(count));
+}
+
 void Block::Write(std::FILE* stream, bool withLengthPrefix) const {
   const char* const method = "KelTmf::Block::Write";
   // A block whose buffer went to the file already cannot be written again.

@@ -54,6 +54,9 @@ struct Block {
   // variable-size values), advances the position past them and returns where
   // they go, so that a caller can encode straight into the block.
   unsigned char* Extend(std::uint64_t count);
+  // Counts `count` bytes as put without holding them: for a block whose
+  // bytes go straight on to the file. The same 4 GiB check as a put.
+  void Skip(std::uint64_t count);
 
   // Releases the buffer; the bookkeeping fields keep their values.
   void Release();

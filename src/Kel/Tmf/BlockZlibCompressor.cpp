@@ -3,6 +3,7 @@
 #include <zlib.h>
 
 #include <cstdlib>
+#include <utility>
 #include <vector>
 
 #include "Kel/Util/Coding.h"
@@ -28,44 +29,74 @@ void RaiseCompressionFailure(int result) {
   KEL_RAISE(15, "Compression failed", CompressMethod);
 }
 
-// One deflate stream with compress2's parameters (window 15, memory level
-// 8, default strategy), ended whatever happens.
-class Deflater {
- public:
-  explicit Deflater(std::int32_t level) {
-    const int result = deflateInit(&stream, level);
-    if (result != Z_OK) RaiseCompressionFailure(result);
-  }
-  ~Deflater() { deflateEnd(&stream); }
-  Deflater(const Deflater&) = delete;
-  Deflater& operator=(const Deflater&) = delete;
+}  // namespace
+
+// compress2's parameters: window 15, memory level 8, default strategy.
+struct ZlibStream::State {
   z_stream stream{};
 };
 
-}  // namespace
+ZlibStream::ZlibStream(std::int32_t level, ByteSink sink)
+    : state(new State), piece(PieceBytes), sink(std::move(sink)) {
+  const int result = deflateInit(&state->stream, level);
+  if (result != Z_OK) RaiseCompressionFailure(result);
+  state->stream.next_out = piece.data();
+  state->stream.avail_out = static_cast<uInt>(piece.size());
+}
+
+ZlibStream::~ZlibStream() { deflateEnd(&state->stream); }
+
+void ZlibStream::Drain() {
+  z_stream& stream = state->stream;
+  const std::size_t ready = piece.size() - stream.avail_out;
+  if (ready != 0) sink(piece.data(), ready);
+  stream.next_out = piece.data();
+  stream.avail_out = static_cast<uInt>(piece.size());
+}
+
+void ZlibStream::Deflate(int flush) {
+  z_stream& stream = state->stream;
+  for (;;) {
+    const int result = deflate(&stream, flush);
+    if (result == Z_STREAM_END) return Drain();
+    if (result != Z_OK && result != Z_BUF_ERROR) RaiseCompressionFailure(result);
+    if (stream.avail_out == 0) {
+      Drain();
+    } else if (stream.avail_in == 0 && flush == Z_NO_FLUSH) {
+      return;  // all input taken; what is made waits in the piece
+    }
+  }
+}
+
+void ZlibStream::Feed(const unsigned char* bytes, std::uint64_t count) {
+  // avail_in is 32-bit: large inputs go in slices.
+  const std::uint64_t slice = std::uint64_t(1) << 30;
+  while (count != 0) {
+    const std::uint64_t now = count < slice ? count : slice;
+    state->stream.next_in = const_cast<Bytef*>(bytes);
+    state->stream.avail_in = static_cast<uInt>(now);
+    Deflate(Z_NO_FLUSH);
+    bytes += now;
+    count -= now;
+  }
+}
+
+std::uint64_t ZlibStream::Finish() {
+  static const Bytef nothing = 0;
+  state->stream.next_in = const_cast<Bytef*>(&nothing);
+  state->stream.avail_in = 0;
+  Deflate(Z_FINISH);
+  return state->stream.total_out;
+}
 
 std::uint64_t BlockZlibCompressor::Stream(const Block& block, const Sink& sink) const {
   if (block.ContentsReleased()) KEL_RAISE_CODE(14, CompressMethod);
   unsigned char head[4];
   Kel::Util::EncodeFixed32(head, block.length);
-  Deflater deflater(level);
-  z_stream& stream = deflater.stream;
-  // All input at once and Z_FINISH: deflate's output does not depend on
-  // how its output space is cut, so this is compress2's stream.
-  static const Bytef nothing = 0;
-  stream.next_in = const_cast<Bytef*>(block.data != nullptr ? block.data : &nothing);
-  stream.avail_in = block.length;
-  std::vector<unsigned char> piece(StreamPieceBytes);
+  ZlibStream zlib(level, sink);
   sink(head, sizeof head);
-  int result = Z_OK;
-  while (result == Z_OK) {
-    stream.next_out = piece.data();
-    stream.avail_out = static_cast<uInt>(piece.size());
-    result = deflate(&stream, Z_FINISH);
-    if (result != Z_OK && result != Z_STREAM_END) RaiseCompressionFailure(result);
-    sink(piece.data(), piece.size() - stream.avail_out);
-  }
-  return sizeof head + stream.total_out;
+  if (block.data != nullptr) zlib.Feed(block.data, block.length);
+  return sizeof head + zlib.Finish();
 }
 
 void BlockZlibCompressor::operator()(Block& block) {

@@ -4,10 +4,44 @@
 #include <cstddef>
 #include <cstdint>
 #include <functional>
+#include <memory>
+#include <vector>
 
 #include "Kel/Tmf/Block.h"
 
 namespace KelTmf {
+
+// Receives the bytes a compressor makes, in order.
+typedef std::function<void(const unsigned char* bytes, std::size_t count)> ByteSink;
+
+// One zlib stream with compress2's parameters, fed in as many pieces as the
+// caller likes: deflate's output depends only on the bytes and not on how
+// they were cut, so the result is compress2's stream of all pieces joined.
+// Output goes to the sink in pieces of at most PieceBytes.
+class ZlibStream {
+ public:
+  static constexpr std::size_t PieceBytes = 1 << 18;
+
+  ZlibStream(std::int32_t level, ByteSink sink);
+  ~ZlibStream();
+  ZlibStream(const ZlibStream&) = delete;
+  ZlibStream& operator=(const ZlibStream&) = delete;
+
+  void Feed(const unsigned char* bytes, std::uint64_t count);
+  // Ends the stream and returns the number of bytes it came to.
+  std::uint64_t Finish();
+
+ private:
+  // Runs deflate until the input is used up (or, finishing, the stream ends),
+  // handing every full piece to the sink.
+  void Deflate(int flush);
+  void Drain();
+
+  struct State;
+  std::unique_ptr<State> state;
+  std::vector<unsigned char> piece;
+  ByteSink sink;
+};
 
 // Rewrites a block in place, after its last put and before it is written.
 class BlockTransformation {
@@ -28,8 +62,8 @@ class BlockZlibCompressor : public BlockTransformation {
   // to `sink` in pieces of at most StreamPieceBytes, and its length is
   // returned. The block is left as it was. A large block thus needs no
   // second buffer of its compressed size beside it while it is written.
-  typedef std::function<void(const unsigned char* bytes, std::size_t count)> Sink;
-  static constexpr std::size_t StreamPieceBytes = 1 << 18;
+  typedef ByteSink Sink;
+  static constexpr std::size_t StreamPieceBytes = ZlibStream::PieceBytes;
   std::uint64_t Stream(const Block& block, const Sink& sink) const;
 
  private:

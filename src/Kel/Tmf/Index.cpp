@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstdlib>
 
+#include "Kel/Tmf/DeflatingBlock.h"
 #include "Kel/Util/Raise.h"
 
 namespace KelTmf {
@@ -17,8 +18,11 @@ bool BeginsWith(const std::string& name, const std::string& prefix) {
 
 }  // namespace
 
+Index::Index() = default;
+
 Index::~Index() {
   for (Block& block : blocks) block.Release();
+  staging.Release();
 }
 
 bool Index::IsEmptyBlockName(const std::string& name) { return BeginsWith(name, EmptyBlockName); }
@@ -118,7 +122,7 @@ std::uint64_t Index::SelectBlock(const std::string& name) {
 }
 
 std::uint64_t Index::SelectOpenBlock(const std::string& name, std::int32_t code,
-                                     const char* description) {
+                                     const char* description, bool compressedPut) {
   // The reserved names mark the container's own blocks; a stream under
   // such a name would be taken for one of them by every reader.
   if (IsEmptyBlockName(name) || IsIndexBlockName(name))
@@ -126,7 +130,9 @@ std::uint64_t Index::SelectOpenBlock(const std::string& name, std::int32_t code,
   const std::uint64_t number = SelectBlock(name);
   // A block without the freeze flag is not marked when it is written at the
   // end, but its bytes are gone all the same.
-  if (records[number].frozen || blocks[number].ContentsReleased())
+  const bool deflatingHere = IsDeflating(number);
+  if (records[number].frozen || (deflatingHere && !compressedPut) ||
+      (blocks[number].ContentsReleased() && !deflatingHere))
     KEL_RAISE(code, description, PutMethod);
   return number;
 }

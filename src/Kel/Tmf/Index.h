@@ -9,6 +9,7 @@
 #include <cstdint>
 #include <cstdio>
 #include <map>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -39,6 +40,8 @@ struct BlockRecord {
   std::uint32_t plainLength = 0;
 };
 
+class DeflatingBlock;
+
 struct BlockSizeLimiter {
   std::vector<std::uint64_t> blocks;
   std::uint32_t limit = DefaultBlockLimit;
@@ -46,7 +49,7 @@ struct BlockSizeLimiter {
 
 class Index {
  public:
-  Index() = default;
+  Index();
   ~Index();
   Index(const Index&) = delete;
   Index& operator=(const Index&) = delete;
@@ -89,6 +92,24 @@ class Index {
     encode(block);
   }
 
+  // Puts a value of `byteCount` bytes, which `encode(out)` writes to `out`,
+  // whole into one block of `name`, like PutRecord, for a stream whose
+  // blocks the caller will mark compressed before they are written. Where
+  // the block's place in the file is known (every block in front of it is
+  // final), the value is encoded into a staging buffer that serves put
+  // after put and goes through zlib straight into `stream`: the block never
+  // holds its bytes, and the file is the same as if it had.
+  template <class Encode>
+  void PutCompressed(const std::string& name, std::FILE* stream, std::uint64_t byteCount,
+                     Encode&& encode) {
+    unsigned char* out = BeginCompressedPut(name, stream, byteCount);
+    encode(out);
+    EndCompressedPut(out, byteCount);
+  }
+  // Off, every put is held in its block until the block is written: the
+  // plain path, which the compressing one must match byte for byte.
+  bool compressWhilePutting = true;
+
   std::uint64_t GetStreamLength(const std::string& name);
   void SetBlockFlags(const std::string& name, std::uint8_t flag);
   // Sets the size at which a stream's next put starts a new block. The
@@ -116,9 +137,20 @@ class Index {
  private:
   Block& BlockForTypedPut(const std::string& name);
   // SelectBlock for a put, failing with `code` and `description` if the
-  // block can take no more bytes.
+  // block can take no more bytes. A block being compressed into the file
+  // takes only compressed puts.
   std::uint64_t SelectOpenBlock(const std::string& name, std::int32_t code,
-                                const char* description);
+                                const char* description, bool compressedPut = false);
+  unsigned char* BeginCompressedPut(const std::string& name, std::FILE* stream,
+                                    std::uint64_t byteCount);
+  void EndCompressedPut(const unsigned char* out, std::uint64_t byteCount);
+  bool IsDeflating(std::uint64_t number) const;
+  // True if block `number` is still empty and its place in the file known.
+  bool CanDeflateWhilePutting(std::uint64_t number, std::FILE* stream) const;
+  void StartDeflating(std::uint64_t number, std::uint64_t position, std::FILE* stream);
+  // Ends the block being compressed into the file; it is left released,
+  // with its stored length, and its record tells its size.
+  void FinishDeflating(BlockRecord& record, Block& block);
   // The first batch of 20 pool blocks, with the first index's size.
   void AllocateFirstBatch();
   std::uint64_t TakeFromPool();
@@ -129,10 +161,12 @@ class Index {
   BlockRecord& RecordAt(std::uint64_t number, const char* method);
   // Written and frozen, or an index block (whose size never changes).
   bool IsFinal(std::uint64_t number) const;
-  // Compresses the block into the file at the stream's place and leaves the
-  // block released, with its transformed length.
-  void WriteCompressedInPlace(Block& block, std::FILE* stream);
   void WriteFirstIndex(std::FILE* stream);
+
+  // The one block whose bytes are on their way through zlib into the file.
+  std::unique_ptr<DeflatingBlock> deflating;
+  // Where compressed puts are encoded; reused, grown to the largest put.
+  Block staging;
 };
 
 }  // namespace KelTmf

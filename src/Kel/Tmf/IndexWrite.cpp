@@ -6,6 +6,7 @@
 
 #include "Kel/Log/Log.h"
 #include "Kel/Tmf/BlockZlibCompressor.h"
+#include "Kel/Tmf/DeflatingBlock.h"
 #include "Kel/Tmf/Index.h"
 #include "Kel/Util/Raise.h"
 #include "Platform/Platform.h"
@@ -28,9 +29,6 @@ void SeekOrFail(std::FILE* stream, std::uint64_t position, const char* method) {
   KEL_RAISE(10, "Saving the buffer failed", method);
 }
 
-// What a failed block write raises, whichever way the bytes went.
-void RaiseWriteFailure() { KEL_RAISE(10, "Unable to write to file", "KelTmf::Block::Write"); }
-
 }  // namespace
 
 std::uint64_t Index::BlockPosition(std::uint64_t number) {
@@ -48,56 +46,101 @@ BlockRecord& Index::RecordAt(std::uint64_t number, const char* method) {
   return records[number];
 }
 
+bool Index::IsDeflating(std::uint64_t number) const {
+  return deflating != nullptr && deflating->Number() == number;
+}
+
+bool Index::CanDeflateWhilePutting(std::uint64_t number, std::FILE* stream) const {
+  if (!compressWhilePutting || stream == nullptr || deflating != nullptr) return false;
+  const Block& block = blocks[number];
+  if (records[number].frozen || block.length != 0 || block.data != nullptr) return false;
+  for (std::uint64_t lower = 0; lower < number; ++lower)
+    if (!IsFinal(lower)) return false;
+  return true;
+}
+
+void Index::StartDeflating(std::uint64_t number, std::uint64_t position, std::FILE* stream) {
+  deflating.reset(new DeflatingBlock(number, position, stream, CompressionLevel));
+}
+
+unsigned char* Index::BeginCompressedPut(const std::string& name, std::FILE* stream,
+                                         std::uint64_t byteCount) {
+  const std::uint64_t number =
+      SelectOpenBlock(name, 16, "Attempt to write into a frozen block", true);
+  Block& block = blocks[number];
+  if (!IsDeflating(number) && CanDeflateWhilePutting(number, stream))
+    StartDeflating(number, BlockPosition(number), stream);
+  if (!IsDeflating(number)) return block.Extend(byteCount);
+  block.Skip(byteCount);
+  if (staging.capacity < byteCount) {
+    // Grown afresh rather than reallocated: the old contents are spent.
+    staging.Release();
+    staging = Block();
+    staging.AllocateAdditionalMemory(byteCount);
+  }
+  return staging.data;
+}
+
+void Index::EndCompressedPut(const unsigned char* out, std::uint64_t byteCount) {
+  if (deflating != nullptr && out == staging.data) deflating->Feed(out, byteCount);
+}
+
+void Index::FinishDeflating(BlockRecord& record, Block& block) {
+  const std::uint32_t size = deflating->Finish(block.length);
+  record.position = deflating->Position();
+  deflating.reset();
+  block.Release();
+  block.length = block.position = size;
+}
+
 void Index::WriteBufferToFileStream(std::uint64_t number, std::FILE* stream) {
   KEL_LOG(1000, WriteBufferMethod, "Writing buffer " << number << " to stream.");
   BlockRecord& record = RecordAt(number, WriteBufferMethod);
   Block& block = blocks[number];
-  if (record.frozen || block.ContentsReleased()) KEL_RAISE_CODE(14, WriteBufferMethod);
+  const bool compress = (record.flags & BlockFlagCompress) != 0;
+  bool inFile = IsDeflating(number);
+  // A block on its way into the file compressed is written only that way.
+  if (record.frozen || (block.ContentsReleased() && !inFile) || (inFile && !compress))
+    KEL_RAISE_CODE(14, WriteBufferMethod);
 
   const std::uint32_t plainLength = block.length;
   if (plainLength != 0) KEL_LOG(1000, WriteBufferMethod, "Buffer length: " << plainLength);
-  const bool compress = (record.flags & BlockFlagCompress) != 0;
   // The place of a block is known before it is transformed, so a block to
   // be compressed goes straight into the file as zlib makes it; only where
   // the file cannot be positioned does it take the path through memory,
   // which reports that failure.
-  const std::uint64_t position = BlockPosition(number);
-  const bool streamed = compress && stream != nullptr && Platform::Seek64(stream, position) == 0;
-  if (streamed) {
-    WriteCompressedInPlace(block, stream);
-  } else if (compress) {
-    BlockZlibCompressor compressor(CompressionLevel);
-    BlockTransformation& transformation = compressor;
-    transformation(block);
+  if (!inFile && compress && deflating == nullptr && stream != nullptr) {
+    const std::uint64_t position = BlockPosition(number);
+    if (Platform::Seek64(stream, position) == 0) {
+      StartDeflating(number, position, stream);
+      if (block.data != nullptr) deflating->Feed(block.data, block.length);
+      inFile = true;
+    }
+  }
+  if (inFile) {
+    FinishDeflating(record, block);
+  } else {
+    if (compress) {
+      BlockZlibCompressor compressor(CompressionLevel);
+      BlockTransformation& transformation = compressor;
+      transformation(block);
+    }
+    record.position = BlockPosition(number);
   }
   if (compress)
     KEL_LOG(1000, WriteBufferMethod, "Buffer length after transformations: " << block.length);
   record.size = block.length;
-  record.position = position;
   if (record.flags & BlockFlagFreeze) {
     record.frozen = true;
     record.plainLength = plainLength;
   }
   KEL_LOG(1000, WriteBufferMethod, "Writing buffer at position: " << record.position);
-  if (!streamed) {
+  if (!inFile) {
     SeekOrFail(stream, record.position, WriteBufferMethod);
     block.Write(stream, false);
   }
   block.Release();
   KEL_LOG(1000, WriteBufferMethod, "Buffer " << number << " written to stream.");
-}
-
-void Index::WriteCompressedInPlace(Block& block, std::FILE* stream) {
-  BlockZlibCompressor compressor(CompressionLevel);
-  const std::uint64_t size =
-      compressor.Stream(block, [&](const unsigned char* bytes, std::size_t count) {
-        if (std::fwrite(bytes, 1, count, stream) != count) RaiseWriteFailure();
-      });
-  if (std::fflush(stream) != 0 || std::ferror(stream) != 0) RaiseWriteFailure();
-  // The block now stands as the transformation would have left it: its
-  // length is that of the transformed bytes, which are in the file.
-  block.Release();
-  block.length = block.position = static_cast<std::uint32_t>(size);
 }
 
 void Index::WriteIndexBufferToFileStream(std::uint64_t number, std::FILE* stream) {
@@ -166,6 +209,9 @@ void Index::WriteFirstIndex(std::FILE* stream) {
 
 void Index::WriteAllBuffersToFileStream(std::FILE* stream) {
   KEL_LOG(1000, WriteAllMethod, "Writing all buffers to file stream ...");
+  // No more compressed puts come: their staging memory goes back first.
+  staging.Release();
+  staging = Block();
   // A file without any block still gets its first index, of pool entries.
   if (limiters.find(EmptyBlockName) == limiters.end()) AllocateFirstBatch();
   std::uint64_t first = 0;

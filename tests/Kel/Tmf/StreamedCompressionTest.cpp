@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 #include <zlib.h>
 
+#include <algorithm>
 #include <cmath>
 #include <cstring>
 #include <random>
@@ -46,10 +47,10 @@ Bytes Compress2Form(const Bytes& plain) {
   static const Bytef nothing = 0;
   EXPECT_EQ(compress2(out.data(), &length, plain.empty() ? &nothing : plain.data(), plain.size(), 6),
             Z_OK);
-  Bytes form;
-  TmfTest::Append32(form, static_cast<std::uint32_t>(plain.size()));
-  form.insert(form.end(), out.begin(), out.begin() + length);
-  return form;
+  out.resize(length);
+  out.insert(out.begin(), 4, 0);
+  TmfTest::Put32(out, 0, static_cast<std::uint32_t>(plain.size()));
+  return out;
 }
 
 Bytes InMemoryForm(const Bytes& plain) {
@@ -93,6 +94,28 @@ TEST(StreamedCompression, SameBytesAsCompress2InPiecesOfBoundedSize) {
     // The block is only read.
     EXPECT_EQ(TmfTest::BlockBytes(block), plain);
     block.Release();
+  }
+}
+
+TEST(StreamedCompression, InputCutAnywhereGivesTheStreamOfTheWhole) {
+  std::mt19937 random(7);
+  for (const Bytes& plain : Samples()) {
+    Bytes streamed;
+    KelTmf::ZlibStream zlib(6, [&](const unsigned char* bytes, std::size_t count) {
+      streamed.insert(streamed.end(), bytes, bytes + count);
+    });
+    for (std::size_t at = 0; at < plain.size();) {
+      const std::size_t cut = std::min<std::size_t>(plain.size() - at, 1 + random() % 90000);
+      zlib.Feed(plain.data() + at, cut);
+      at += cut;
+    }
+    const std::uint64_t length = zlib.Finish();
+    EXPECT_EQ(length, streamed.size());
+    // Behind the four-byte plain length that the block form puts in front.
+    streamed.insert(streamed.begin(), 4, 0);
+    Bytes whole = Compress2Form(plain);
+    std::fill(whole.begin(), whole.begin() + 4, 0);
+    EXPECT_EQ(streamed, whole) << "plain size " << plain.size();
   }
 }
 

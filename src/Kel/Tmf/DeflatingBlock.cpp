@@ -1,0 +1,48 @@
+#include "Kel/Tmf/DeflatingBlock.h"
+
+#include <limits>
+
+#include "Kel/Util/Coding.h"
+#include "Kel/Util/Raise.h"
+#include "Platform/Platform.h"
+
+namespace KelTmf {
+
+namespace {
+
+const std::uint64_t HeadBytes = 4;
+
+void RaiseWriteFailure() { KEL_RAISE(10, "Unable to write to file", "KelTmf::Block::Write"); }
+
+}  // namespace
+
+DeflatingBlock::DeflatingBlock(std::uint64_t number, std::uint64_t position, std::FILE* stream,
+                               std::int32_t level)
+    : number(number),
+      position(position),
+      stream(stream),
+      zlib(level, [this](const unsigned char* bytes, std::size_t count) {
+        WriteAt(HeadBytes + written, bytes, count);
+        written += count;
+      }) {}
+
+void DeflatingBlock::WriteAt(std::uint64_t offset, const unsigned char* bytes, std::size_t count) {
+  // Every write is placed: nothing else may have moved the stream since.
+  if (Platform::Seek64(stream, position + offset) != 0 ||
+      std::fwrite(bytes, 1, count, stream) != count)
+    RaiseWriteFailure();
+}
+
+std::uint32_t DeflatingBlock::Finish(std::uint32_t plainLength) {
+  zlib.Finish();
+  if (written > std::numeric_limits<std::uint32_t>::max() - HeadBytes)
+    KEL_RAISE(1, "Value too large: a block holds less than 4 GiB", "KelTmf::Block::Write");
+  unsigned char head[HeadBytes];
+  Kel::Util::EncodeFixed32(head, plainLength);
+  WriteAt(0, head, sizeof head);
+  // Only a flush shows whether the bytes could go out.
+  if (std::fflush(stream) != 0 || std::ferror(stream) != 0) RaiseWriteFailure();
+  return static_cast<std::uint32_t>(HeadBytes + written);
+}
+
+}  // namespace KelTmf
