@@ -1,5 +1,7 @@
 #include "ObjectManager/BuildSupport.h"
 
+#include "Platform/Platform.h"
+
 namespace Kel {
 namespace Dov {
 
@@ -62,7 +64,12 @@ CutSet cutElementSet(const std::vector<std::uint32_t>& cells,
                      const std::vector<std::uint32_t>& offsets,
                      const std::vector<std::uint32_t>& connectivity) {
   CutSet cut;
-  cut.polylength.reserve(cells.size());
+  // Sized up front: grown piece by piece, a large set would be copied over
+  // and over into fresh memory.
+  std::size_t nodes = 0;
+  for (const std::uint32_t cell : cells) nodes += polylength[cell];
+  Platform::ReserveForFilling(cut.connectivity, nodes);
+  Platform::ReserveForFilling(cut.polylength, cells.size());
   for (const std::uint32_t cell : cells) {
     const std::uint32_t length = polylength[cell];
     const auto start = connectivity.begin() + offsets[cell];

@@ -40,8 +40,7 @@ void ObjectManager::setValues(const Identifier& array, const T* values, std::uin
               "Kel::Dov::ObjectManager::setValues");
   // One pass over the host's numbers, straight into the vector that the
   // property then takes over (moved, not copied again).
-  copy.reserve(static_cast<std::size_t>(elements));
-  Platform::AdviseLargeBuffer(copy.data(), elements * sizeof(T));
+  Platform::ReserveForFilling(copy, static_cast<std::size_t>(elements));
   if (elements != 0) copy.assign(values, values + elements);
   storeProperty(array.second, "Array", std::move(copy));
 }
