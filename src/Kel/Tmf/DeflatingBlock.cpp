@@ -2,6 +2,7 @@
 
 #include <limits>
 
+#include "Kel/Log/Log.h"
 #include "Kel/Util/Coding.h"
 #include "Kel/Util/Raise.h"
 #include "Platform/Platform.h"
@@ -12,7 +13,14 @@ namespace {
 
 const std::uint64_t HeadBytes = 4;
 
+// The same failures as the path through memory reports.
 void RaiseWriteFailure() { KEL_RAISE(10, "Unable to write to file", "KelTmf::Block::Write"); }
+
+void RaiseSeekFailure() {
+  const char* const method = "KelTmf::Index::WriteBufferToFileStream";
+  KEL_LOG(1000, method, "File positioning failed");
+  KEL_RAISE(10, "Saving the buffer failed", method);
+}
 
 }  // namespace
 
@@ -28,9 +36,12 @@ DeflatingBlock::DeflatingBlock(std::uint64_t number, std::uint64_t position, std
 
 void DeflatingBlock::WriteAt(std::uint64_t offset, const unsigned char* bytes, std::size_t count) {
   // Every write is placed: nothing else may have moved the stream since.
-  if (Platform::Seek64(stream, position + offset) != 0 ||
-      std::fwrite(bytes, 1, count, stream) != count)
-    RaiseWriteFailure();
+  if (Platform::Seek64(stream, position + offset) != 0) {
+    // Seeking flushes what the stream buffers: that may be what failed.
+    if (std::ferror(stream) != 0) RaiseWriteFailure();
+    RaiseSeekFailure();
+  }
+  if (std::fwrite(bytes, 1, count, stream) != count) RaiseWriteFailure();
 }
 
 std::uint32_t DeflatingBlock::Finish(std::uint32_t plainLength) {

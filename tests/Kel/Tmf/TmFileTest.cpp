@@ -35,4 +35,13 @@ TEST(TmFileWriting, FullDeviceGivesCode10) {
   full.index.Put("S", std::uint8_t(1));
   TmfTest::ExpectFailure([&] { full.index.WriteAllBuffersToFileStream(full.stream); }, 10,
                          "Unable to write to file");
+  // Also where the bytes go through zlib into the file as they are put.
+  TmFile compressing;
+  compressing.OpenFileForWriting("/dev/full", true);
+  compressing.index.PutCompressed("Z", compressing.stream, 3,
+                                  [](unsigned char* out) { out[0] = out[1] = out[2] = 7; });
+  compressing.index.SetBlockFlags("Z", KelTmf::BlockFlagCompress);
+  TmfTest::ExpectFailure(
+      [&] { compressing.index.WriteAllBuffersToFileStream(compressing.stream); }, 10,
+      "Unable to write to file");
 }
