@@ -64,6 +64,16 @@ CutSet cutElementSet(const std::vector<std::uint32_t>& cells,
                      const std::vector<std::uint32_t>& offsets,
                      const std::vector<std::uint32_t>& connectivity) {
   CutSet cut;
+  cutElementSet(cells, polylength, offsets, connectivity, cut);
+  return cut;
+}
+
+void cutElementSet(const std::vector<std::uint32_t>& cells,
+                   const std::vector<std::uint32_t>& polylength,
+                   const std::vector<std::uint32_t>& offsets,
+                   const std::vector<std::uint32_t>& connectivity, CutSet& cut) {
+  cut.connectivity.clear();
+  cut.polylength.clear();
   // Sized up front: grown piece by piece, a large set would be copied over
   // and over into fresh memory.
   std::size_t nodes = 0;
@@ -76,7 +86,6 @@ CutSet cutElementSet(const std::vector<std::uint32_t>& cells,
     cut.polylength.push_back(length);
     cut.connectivity.insert(cut.connectivity.end(), start, start + length);
   }
-  return cut;
 }
 
 std::vector<float> idsToFloats(const std::vector<std::uint32_t>& ids) {

@@ -89,6 +89,11 @@ CutSet cutElementSet(const std::vector<std::uint32_t>& cells,
                      const std::vector<std::uint32_t>& polylength,
                      const std::vector<std::uint32_t>& offsets,
                      const std::vector<std::uint32_t>& connectivity);
+// The same into `cut`, whose room is reused.
+void cutElementSet(const std::vector<std::uint32_t>& cells,
+                   const std::vector<std::uint32_t>& polylength,
+                   const std::vector<std::uint32_t>& offsets,
+                   const std::vector<std::uint32_t>& connectivity, CutSet& cut);
 // Node ids become floats by value: exact up to 2^24, rounded above.
 std::vector<float> idsToFloats(const std::vector<std::uint32_t>& ids);
 
@@ -100,6 +105,9 @@ struct MeshFrame {
   std::vector<std::uint32_t> derivedPolylength;
   std::vector<std::uint32_t> offsets;
   const std::vector<std::uint32_t>* nodeIds = nullptr;
+  // The cut of the set in hand. Kept from set to set, so that the sets of a
+  // large mesh fill memory that is already there instead of fresh pages.
+  CutSet setCut;
   LinkList elementSets;
 
   std::uint64_t instanceGroup = NoObject;

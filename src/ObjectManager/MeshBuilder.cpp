@@ -45,9 +45,9 @@ void ObjectManager::readMeshFrame(std::uint64_t index, MeshFrame& mesh) {
 
 void ObjectManager::writeElementSet(MeshFrame& mesh, std::uint64_t set) {
   const std::string setName = objects[set].name;
-  CutSet cut;
+  CutSet& cut = mesh.setCut;
   if (!mesh.offsets.empty())
-    cut = cutElementSet(readIndexArray(set), *mesh.polylength, mesh.offsets, *mesh.connectivity);
+    cutElementSet(readIndexArray(set), *mesh.polylength, mesh.offsets, *mesh.connectivity, cut);
 
   std::unique_ptr<KelDov::Shape> shape(new KelDov::Shape(setName));
   shape->material.visible = readFlag(set, "Visibility", true) ? 1 : 0;

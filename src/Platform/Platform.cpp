@@ -18,8 +18,12 @@ namespace {
 
 // Smaller buffers may share their pages with others, and advising part of a
 // mapping would split it, which keeps the C library from growing the buffer
-// in place. Buffers this large have a mapping of their own.
-const std::uint64_t LargeBufferBytes = std::uint64_t(4) << 20;
+// in place; buffers this large always have a mapping of their own. Below
+// it, large pages did not pay on a virtual machine: a large page that the
+// host has never backed is dearer to clear than small pages that were
+// freed a moment ago, while the saving in page tables only shows on arrays
+// of tens of megabytes.
+const std::uint64_t LargeBufferBytes = std::uint64_t(32) << 20;
 
 // Below this, a buffer's few faults cost less than the call.
 const std::uint64_t PopulateBytes = std::uint64_t(64) << 10;
