@@ -22,9 +22,10 @@ int Seek64(std::FILE* stream, std::uint64_t offset);
 // nothing but speed; ignored where the system has no such pages.
 void AdviseLargeBuffer(void* data, std::uint64_t bytes);
 
-// For a buffer that is about to be filled whole: besides the advice above,
-// makes its pages present in one call into the kernel rather than one fault
-// per page as the filling goes (on a virtual machine each fault is dear).
+// For a buffer that is about to be filled whole: the advice above for a
+// large one; a smaller one gets its pages in one call into the kernel rather
+// than one fault per page as the filling goes (on a virtual machine each
+// fault is dear).
 // Changes nothing but speed; ignored where the system cannot do it.
 void PrepareBufferForFilling(void* data, std::uint64_t bytes);
 
