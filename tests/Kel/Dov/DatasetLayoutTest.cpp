@@ -33,7 +33,7 @@ TEST(DatasetLayoutTest, WorkedExamples) {
 
 TEST(DatasetLayoutTest, ByteJOfComponentKOfItemIGoesToPlaneKJ) {
   std::uint32_t seed = 12345;
-  for (std::size_t count : {1u, 3u, 7u, 100u, 1001u}) {
+  for (std::size_t count : {1u, 3u, 7u, 100u, 1001u, 6149u}) {
     std::vector<std::uint32_t> values(count);
     for (auto& v : values) v = seed = seed * 1664525u + 1013904223u;
     for (int width : {1, 3, 7, 255}) {
