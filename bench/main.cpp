@@ -136,13 +136,16 @@ void KeepFaster(LimitFigures& kept, const LimitFigures& run, bool first) {
 Row Measure(const ModelShape& shape, const Options& options) {
   const std::string ours = options.dir + "/model-" + std::to_string(shape.nodes) + ".dov";
   const std::string peer = options.dir + "/model-" + std::to_string(shape.nodes) + ".h5";
-  std::remove(ours.c_str());
   Row row;
   row.shape = shape;
   // Each writer runs in a child of a parent that never holds model data,
   // so that a child's peak memory is its own.
+  // Every run writes a new file: replacing the last run's would add the
+  // freeing of its pages to the writer's time.
   for (int run = 0; run < options.repeat; ++run) {
     const bool first = run == 0;
+    std::remove(ours.c_str());
+    std::remove(peer.c_str());
     KeepFaster(row.ours, InChild<WriteFigures>([&] { return WriteOurs(shape, ours); }), first);
     KeepFaster(row.limit, InChild<LimitFigures>([&] { return MeasureLimit(ours); }), first);
     KeepFaster(row.hdf5,
@@ -208,7 +211,9 @@ int RunOursOnly(const Options& options) {
   for (std::uint64_t size : options.sizes) {
     if (size > options.maxNodes) continue;
     const ModelShape shape = PlanModel(size, options.kind);
-    const WriteFigures ours = WriteOurs(shape, options.dir + "/model-ours-only.dov");
+    const std::string path = options.dir + "/model-ours-only.dov";
+    std::remove(path.c_str());
+    const WriteFigures ours = WriteOurs(shape, path);
     std::printf("%llu nodes: %.3f s (cpu %.3f s), peak %.1f MiB, input %.1f MiB, file %.1f MiB\n",
                 static_cast<unsigned long long>(shape.nodes), ours.wallSeconds, ours.cpuSeconds,
                 ours.peakRssBytes / MiB, shape.HostBytes() / MiB, ours.fileBytes / MiB);

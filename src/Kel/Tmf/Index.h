@@ -102,9 +102,9 @@ class Index {
   template <class Encode>
   void PutCompressed(const std::string& name, std::FILE* stream, std::uint64_t byteCount,
                      Encode&& encode) {
-    unsigned char* out = BeginCompressedPut(name, stream, byteCount);
-    encode(out);
-    EndCompressedPut(out, byteCount);
+    const CompressedPut put = BeginCompressedPut(name, stream, byteCount);
+    encode(put.out);
+    if (put.staged) FeedStaged(byteCount);
   }
   // Off, every put is held in its block until the block is written: the
   // plain path, which the compressing one must match byte for byte.
@@ -141,9 +141,15 @@ class Index {
   // takes only compressed puts.
   std::uint64_t SelectOpenBlock(const std::string& name, std::int32_t code,
                                 const char* description, bool compressedPut = false);
-  unsigned char* BeginCompressedPut(const std::string& name, std::FILE* stream,
-                                    std::uint64_t byteCount);
-  void EndCompressedPut(const unsigned char* out, std::uint64_t byteCount);
+  // Where a compressed put is encoded: into its block, or into the staging
+  // buffer, from which it goes on to zlib.
+  struct CompressedPut {
+    unsigned char* out;
+    bool staged;
+  };
+  CompressedPut BeginCompressedPut(const std::string& name, std::FILE* stream,
+                                   std::uint64_t byteCount);
+  void FeedStaged(std::uint64_t byteCount);
   bool IsDeflating(std::uint64_t number) const;
   // True if block `number` is still empty and its place in the file known.
   bool CanDeflateWhilePutting(std::uint64_t number, std::FILE* stream) const;

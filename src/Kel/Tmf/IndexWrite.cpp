@@ -63,14 +63,14 @@ void Index::StartDeflating(std::uint64_t number, std::uint64_t position, std::FI
   deflating.reset(new DeflatingBlock(number, position, stream, CompressionLevel));
 }
 
-unsigned char* Index::BeginCompressedPut(const std::string& name, std::FILE* stream,
-                                         std::uint64_t byteCount) {
+Index::CompressedPut Index::BeginCompressedPut(const std::string& name, std::FILE* stream,
+                                               std::uint64_t byteCount) {
   const std::uint64_t number =
       SelectOpenBlock(name, 16, "Attempt to write into a frozen block", true);
   Block& block = blocks[number];
   if (!IsDeflating(number) && CanDeflateWhilePutting(number, stream))
     StartDeflating(number, BlockPosition(number), stream);
-  if (!IsDeflating(number)) return block.Extend(byteCount);
+  if (!IsDeflating(number)) return CompressedPut{block.Extend(byteCount), false};
   block.Skip(byteCount);
   if (staging.capacity < byteCount) {
     // Grown afresh rather than reallocated: the old contents are spent.
@@ -78,12 +78,10 @@ unsigned char* Index::BeginCompressedPut(const std::string& name, std::FILE* str
     staging = Block();
     staging.AllocateAdditionalMemory(byteCount);
   }
-  return staging.data;
+  return CompressedPut{staging.data, true};
 }
 
-void Index::EndCompressedPut(const unsigned char* out, std::uint64_t byteCount) {
-  if (deflating != nullptr && out == staging.data) deflating->Feed(out, byteCount);
-}
+void Index::FeedStaged(std::uint64_t byteCount) { deflating->Feed(staging.data, byteCount); }
 
 void Index::FinishDeflating(BlockRecord& record, Block& block) {
   const std::uint32_t size = deflating->Finish(block.length);
