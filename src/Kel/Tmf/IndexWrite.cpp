@@ -77,6 +77,7 @@ Index::CompressedPut Index::BeginCompressedPut(const std::string& name, std::FIL
     staging.Release();
     staging = Block();
     staging.AllocateAdditionalMemory(byteCount);
+    Platform::PrepareBufferForFilling(staging.data, byteCount);
   }
   return CompressedPut{staging.data, true};
 }
