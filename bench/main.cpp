@@ -7,7 +7,9 @@
 //
 // Each size is measured N times (3 by default), the three writers taking
 // turns, and each writer's fastest run counts: on a shared machine the
-// slowest runs measure the neighbours.
+// slowest runs measure the neighbours. Small models get more runs, so that
+// each writer is measured for some seconds: a busy second of the machine
+// would otherwise decide the row.
 //
 // --ours-only writes each size with this library alone, in this process,
 // and prints time and peak memory: the mode to run under a profiler.
@@ -17,6 +19,7 @@
 #include <zlib.h>
 
 #include <algorithm>
+#include <cmath>
 #include <cstdio>
 #include <cstdlib>
 #include <fstream>
@@ -39,6 +42,8 @@ namespace bench {
 namespace {
 
 const double MiB = 1024.0 * 1024.0;
+const double SteadySeconds = 3.0;  // of our writer's processor time, per size
+const int MostRuns = 20;
 
 struct Options {
   std::vector<std::uint64_t> sizes{100000, 1000000, 10000000};
@@ -102,7 +107,8 @@ void PrintMachine(std::ostream& out, const Options& options) {
       << "compiler: " << __VERSION__ << ", build type " << DOVBENCH_BUILD_TYPE << "\n"
       << "zlib " << zlibVersion() << ", HDF5 " << major << "." << minor << "." << release
       << " (chunks of " << options.hdf5.chunkBytes / 1024 << " KiB, shuffle + deflate 6)\n"
-      << "runs:     fastest of " << options.repeat << " per writer and size\n"
+      << "runs:     fastest of " << options.repeat << " per writer and size, more where "
+      << SteadySeconds << " s of our writes need more (at most " << MostRuns << ")\n"
       << "model:    " << CellKindName(options.kind)
       << ", one element set per 100000 cells, a vector and a scalar result over 10 states\n";
 }
@@ -133,6 +139,12 @@ void KeepFaster(LimitFigures& kept, const LimitFigures& run, bool first) {
   kept.sameBytes = same;
 }
 
+// Enough runs for SteadySeconds of our writer, at most MostRuns.
+int RunsForSteadyFigures(double secondsPerRun) {
+  if (secondsPerRun * MostRuns <= SteadySeconds) return MostRuns;
+  return static_cast<int>(std::ceil(SteadySeconds / secondsPerRun));
+}
+
 Row Measure(const ModelShape& shape, const Options& options) {
   const std::string ours = options.dir + "/model-" + std::to_string(shape.nodes) + ".dov";
   const std::string peer = options.dir + "/model-" + std::to_string(shape.nodes) + ".h5";
@@ -142,11 +154,13 @@ Row Measure(const ModelShape& shape, const Options& options) {
   // so that a child's peak memory is its own.
   // Every run writes a new file: replacing the last run's would add the
   // freeing of its pages to the writer's time.
-  for (int run = 0; run < options.repeat; ++run) {
+  int runs = options.repeat;
+  for (int run = 0; run < runs; ++run) {
     const bool first = run == 0;
     std::remove(ours.c_str());
     std::remove(peer.c_str());
     KeepFaster(row.ours, InChild<WriteFigures>([&] { return WriteOurs(shape, ours); }), first);
+    if (first) runs = std::max(runs, RunsForSteadyFigures(row.ours.cpuSeconds));
     KeepFaster(row.limit, InChild<LimitFigures>([&] { return MeasureLimit(ours); }), first);
     KeepFaster(row.hdf5,
                InChild<WriteFigures>([&] { return WriteHdf5(shape, peer, options.hdf5); }), first);
