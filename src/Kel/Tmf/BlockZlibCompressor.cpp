@@ -89,16 +89,6 @@ std::uint64_t ZlibStream::Finish() {
   return state->stream.total_out;
 }
 
-std::uint64_t BlockZlibCompressor::Stream(const Block& block, const Sink& sink) const {
-  if (block.ContentsReleased()) KEL_RAISE_CODE(14, CompressMethod);
-  unsigned char head[4];
-  Kel::Util::EncodeFixed32(head, block.length);
-  ZlibStream zlib(level, sink);
-  sink(head, sizeof head);
-  if (block.data != nullptr) zlib.Feed(block.data, block.length);
-  return sizeof head + zlib.Finish();
-}
-
 void BlockZlibCompressor::operator()(Block& block) {
   if (block.ContentsReleased()) KEL_RAISE_CODE(14, CompressMethod);
   const std::uint32_t plainLength = block.length;

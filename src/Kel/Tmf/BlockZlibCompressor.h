@@ -57,15 +57,6 @@ class BlockZlibCompressor : public BlockTransformation {
   explicit BlockZlibCompressor(std::int32_t level) : level(level) {}
   void operator()(Block& block) override;
 
-  // Produces the same bytes as operator() without building them in memory:
-  // the transformed form of the block ([u32 plain length][zlib stream]) goes
-  // to `sink` in pieces of at most StreamPieceBytes, and its length is
-  // returned. The block is left as it was. A large block thus needs no
-  // second buffer of its compressed size beside it while it is written.
-  typedef ByteSink Sink;
-  static constexpr std::size_t StreamPieceBytes = ZlibStream::PieceBytes;
-  std::uint64_t Stream(const Block& block, const Sink& sink) const;
-
  private:
   std::int32_t level;
 };

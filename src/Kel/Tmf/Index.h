@@ -154,6 +154,9 @@ class Index {
   // True if block `number` is still empty and its place in the file known.
   bool CanDeflateWhilePutting(std::uint64_t number, std::FILE* stream) const;
   void StartDeflating(std::uint64_t number, std::uint64_t position, std::FILE* stream);
+  // Starts compressing a block held in memory into the file, if its place
+  // can be taken; false leaves it to the path through memory.
+  bool DeflateHeldBlock(std::uint64_t number, std::FILE* stream);
   // Ends the block being compressed into the file; it is left released,
   // with its stored length, and its record tells its size.
   void FinishDeflating(BlockRecord& record, Block& block);

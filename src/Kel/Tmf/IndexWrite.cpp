@@ -92,6 +92,20 @@ void Index::FinishDeflating(BlockRecord& record, Block& block) {
   block.length = block.position = size;
 }
 
+bool Index::DeflateHeldBlock(std::uint64_t number, std::FILE* stream) {
+  // The place of a block is known before it is transformed, so a block to
+  // be compressed goes straight into the file as zlib makes it; only where
+  // the file cannot be positioned does it take the path through memory,
+  // which reports that failure.
+  if (deflating != nullptr || stream == nullptr) return false;
+  const std::uint64_t position = BlockPosition(number);
+  if (Platform::Seek64(stream, position) != 0) return false;
+  StartDeflating(number, position, stream);
+  const Block& block = blocks[number];
+  if (block.data != nullptr) deflating->Feed(block.data, block.length);
+  return true;
+}
+
 void Index::WriteBufferToFileStream(std::uint64_t number, std::FILE* stream) {
   KEL_LOG(1000, WriteBufferMethod, "Writing buffer " << number << " to stream.");
   BlockRecord& record = RecordAt(number, WriteBufferMethod);
@@ -104,18 +118,7 @@ void Index::WriteBufferToFileStream(std::uint64_t number, std::FILE* stream) {
 
   const std::uint32_t plainLength = block.length;
   if (plainLength != 0) KEL_LOG(1000, WriteBufferMethod, "Buffer length: " << plainLength);
-  // The place of a block is known before it is transformed, so a block to
-  // be compressed goes straight into the file as zlib makes it; only where
-  // the file cannot be positioned does it take the path through memory,
-  // which reports that failure.
-  if (!inFile && compress && deflating == nullptr && stream != nullptr) {
-    const std::uint64_t position = BlockPosition(number);
-    if (Platform::Seek64(stream, position) == 0) {
-      StartDeflating(number, position, stream);
-      if (block.data != nullptr) deflating->Feed(block.data, block.length);
-      inFile = true;
-    }
-  }
+  if (!inFile && compress) inFile = DeflateHeldBlock(number, stream);
   if (inFile) {
     FinishDeflating(record, block);
   } else {

@@ -18,6 +18,7 @@
 
 using KelTmf::Block;
 using KelTmf::BlockZlibCompressor;
+using KelTmf::ZlibStream;
 using TmfTest::Bytes;
 
 namespace {
@@ -64,45 +65,24 @@ Bytes InMemoryForm(const Bytes& plain) {
 }
 
 std::vector<Bytes> Samples() {
-  Bytes repetitive(3 * BlockZlibCompressor::StreamPieceBytes + 5);
+  Bytes repetitive(3 * ZlibStream::PieceBytes + 5);
   for (std::size_t i = 0; i < repetitive.size(); ++i) repetitive[i] = static_cast<unsigned char>(i % 251);
   // Noise larger than a piece makes a stream of several output pieces.
-  return {Bytes(), Bytes{42}, Noise(70000, 1), Noise(2 * BlockZlibCompressor::StreamPieceBytes + 3, 2),
+  return {Bytes(), Bytes{42}, Noise(70000, 1), Noise(2 * ZlibStream::PieceBytes + 3, 2),
           repetitive, SmoothPlanes(700000)};
 }
 
 }  // namespace
 
-TEST(StreamedCompression, SameBytesAsCompress2InPiecesOfBoundedSize) {
-  for (const Bytes& plain : Samples()) {
-    Block block;
-    if (!plain.empty()) block.PutRaw(plain.data(), plain.size());
-    Bytes streamed;
-    std::size_t pieces = 0;
-    const std::uint64_t length = BlockZlibCompressor(6).Stream(
-        block, [&](const unsigned char* bytes, std::size_t count) {
-          EXPECT_LE(count, BlockZlibCompressor::StreamPieceBytes);
-          streamed.insert(streamed.end(), bytes, bytes + count);
-          ++pieces;
-        });
-    EXPECT_EQ(length, streamed.size());
-    EXPECT_EQ(streamed, Compress2Form(plain)) << "plain size " << plain.size();
-    EXPECT_EQ(streamed, InMemoryForm(plain)) << "plain size " << plain.size();
-    if (streamed.size() > 2 * BlockZlibCompressor::StreamPieceBytes) {
-      EXPECT_GT(pieces, 2u);
-    }
-    // The block is only read.
-    EXPECT_EQ(TmfTest::BlockBytes(block), plain);
-    block.Release();
-  }
-}
-
-TEST(StreamedCompression, InputCutAnywhereGivesTheStreamOfTheWhole) {
+TEST(StreamedCompression, InputCutAnywhereGivesCompress2sStreamInBoundedPieces) {
   std::mt19937 random(7);
   for (const Bytes& plain : Samples()) {
     Bytes streamed;
+    std::size_t pieces = 0;
     KelTmf::ZlibStream zlib(6, [&](const unsigned char* bytes, std::size_t count) {
+      EXPECT_LE(count, ZlibStream::PieceBytes);
       streamed.insert(streamed.end(), bytes, bytes + count);
+      ++pieces;
     });
     for (std::size_t at = 0; at < plain.size();) {
       const std::size_t cut = std::min<std::size_t>(plain.size() - at, 1 + random() % 90000);
@@ -111,28 +91,27 @@ TEST(StreamedCompression, InputCutAnywhereGivesTheStreamOfTheWhole) {
     }
     const std::uint64_t length = zlib.Finish();
     EXPECT_EQ(length, streamed.size());
+    if (streamed.size() > 2 * ZlibStream::PieceBytes) {
+      EXPECT_GT(pieces, 2u);
+    }
     // Behind the four-byte plain length that the block form puts in front.
-    streamed.insert(streamed.begin(), 4, 0);
-    Bytes whole = Compress2Form(plain);
-    std::fill(whole.begin(), whole.begin() + 4, 0);
-    EXPECT_EQ(streamed, whole) << "plain size " << plain.size();
+    TmfTest::Append32(streamed, static_cast<std::uint32_t>(plain.size()));
+    std::rotate(streamed.begin(), streamed.end() - 4, streamed.end());
+    EXPECT_EQ(streamed, Compress2Form(plain)) << "plain size " << plain.size();
+    EXPECT_EQ(streamed, InMemoryForm(plain)) << "plain size " << plain.size();
   }
 }
 
 TEST(StreamedCompression, BadLevelFailsLikeTheTransformation) {
-  Block block;
-  block.Put(std::string("keep me"));
-  TmfTest::ExpectFailure(
-      [&] { BlockZlibCompressor(42).Stream(block, [](const unsigned char*, std::size_t) {}); }, 15,
-      "Compression failed");
-  block.Release();
+  TmfTest::ExpectFailure([&] { ZlibStream(42, [](const unsigned char*, std::size_t) {}); }, 15,
+                         "Compression failed");
 }
 
 TEST(StreamedCompression, FileHoldsEachBlockAsTheInMemoryTransformationMakesIt) {
   const std::string path = TmfTest::ScratchPath();
   // One dataset per block, flushed during the write and at the end, plus a
   // second stream compressed only at the end.
-  const std::vector<Bytes> heavy = {SmoothPlanes(150000), Noise(2 * BlockZlibCompressor::StreamPieceBytes, 3),
+  const std::vector<Bytes> heavy = {SmoothPlanes(150000), Noise(2 * ZlibStream::PieceBytes, 3),
                                     SmoothPlanes(90000), Bytes(1000, 7)};
   const Bytes light = Noise(5000, 4);
   TmfTest::WriteContainer(path, [&](KelTmf::TmFile& file) {
