@@ -45,8 +45,11 @@ void WriteHeavyBlocks(const std::string& path, bool compressWhilePutting) {
   index.SetBlockLimit("Heavy Data", 50000);
   // Among them an empty dataset, and one larger than the limit that starts
   // a block of its own: that block is not flagged for early writing, so it
-  // is still open when the last dataset needs the next block.
-  for (std::uint64_t count : {9000, 20000, 0, 4000, 5000, 3000, 700, 14000, 30}) {
+  // is still open when the next dataset needs the next block. Then two
+  // datasets a block, past the first chained index block.
+  std::vector<std::uint64_t> counts{9000, 20000, 0, 4000, 5000, 3000, 700, 14000, 30};
+  counts.insert(counts.end(), 40, 7000);
+  for (std::uint64_t count : counts) {
     std::vector<float> values(count);
     for (std::uint64_t i = 0; i < count; ++i) values[i] = std::sin(0.01f * i) * (1.0f + count);
     tree.WriteStreamDataset(values, count % 3 == 0 ? 3 : 1);
@@ -63,7 +66,7 @@ TEST(HeavyDataTest, CompressingWhilePuttingWritesTheBlocksOfThePlainPath) {
   const DovReader::Container b = DovReader::Container::Open(plain);
   EXPECT_EQ(std::vector<std::string>(), a.Verify());
   ASSERT_EQ(a.Blocks().size(), b.Blocks().size());
-  int heavyBlocks = 0;
+  int heavyBlocks = 0, indexBlocks = 0;
   for (std::size_t i = 0; i < a.Blocks().size(); ++i) {
     const DovReader::BlockInfo& x = a.Blocks()[i];
     const DovReader::BlockInfo& y = b.Blocks()[i];
@@ -74,8 +77,10 @@ TEST(HeavyDataTest, CompressingWhilePuttingWritesTheBlocksOfThePlainPath) {
     EXPECT_EQ(x.position, y.position) << x.name;
     EXPECT_EQ(a.ReadBlockBytes(x), b.ReadBlockBytes(y)) << x.name << " " << i;
     heavyBlocks += x.name == "Heavy Data";
+    indexBlocks += x.IsIndexBlock();
   }
-  EXPECT_EQ(4, heavyBlocks);
+  EXPECT_EQ(23, heavyBlocks);
+  EXPECT_EQ(1, indexBlocks);
 }
 
 TEST(HeavyDataTest, FullBlocksLeaveAtOnceAndFlagsLagOneDataset) {
