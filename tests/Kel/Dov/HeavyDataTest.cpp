@@ -67,14 +67,22 @@ TEST(HeavyDataTest, CompressingWhilePuttingWritesTheBlocksOfThePlainPath) {
   EXPECT_EQ(std::vector<std::string>(), a.Verify());
   ASSERT_EQ(a.Blocks().size(), b.Blocks().size());
   int heavyBlocks = 0, indexBlocks = 0;
+  bool behindDate = false;
   for (std::size_t i = 0; i < a.Blocks().size(); ++i) {
     const DovReader::BlockInfo& x = a.Blocks()[i];
     const DovReader::BlockInfo& y = b.Blocks()[i];
     EXPECT_EQ(x.name, y.name);
     EXPECT_EQ(x.flags, y.flags) << x.name;
-    // The creation date, taken at the save, may differ by a second.
-    if (x.name == "Global Information") continue;
-    EXPECT_EQ(x.position, y.position) << x.name;
+    // The creation date, taken at the save, may differ by a second, and
+    // with it the compressed size of its block and the places of the empty
+    // blocks behind it.
+    if (x.name == "Global Information") {
+      behindDate = true;
+      continue;
+    }
+    if (!behindDate) {
+      EXPECT_EQ(x.position, y.position) << x.name;
+    }
     EXPECT_EQ(a.ReadBlockBytes(x), b.ReadBlockBytes(y)) << x.name << " " << i;
     heavyBlocks += x.name == "Heavy Data";
     indexBlocks += x.IsIndexBlock();
