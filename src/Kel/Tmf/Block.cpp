@@ -6,6 +6,7 @@
 #include <cstring>
 #include <limits>
 
+#include "Kel/Tmf/FileWrite.h"
 #include "Kel/Tmf/Index.h"
 #include "Kel/Util/Coding.h"
 #include "Kel/Util/Raise.h"
@@ -155,9 +156,8 @@ void Block::Skip(std::uint64_t count) {
 }
 
 void Block::Write(std::FILE* stream, bool withLengthPrefix) const {
-  const char* const method = "KelTmf::Block::Write";
   // A block whose buffer went to the file already cannot be written again.
-  if (ContentsReleased() || stream == nullptr) KEL_RAISE(10, "Unable to write to file", method);
+  if (ContentsReleased() || stream == nullptr) RaiseWriteFailure();
   bool written = true;
   try {
     if (withLengthPrefix) {
@@ -172,7 +172,7 @@ void Block::Write(std::FILE* stream, bool withLengthPrefix) const {
   } catch (...) {
     written = false;
   }
-  if (!written) KEL_RAISE(10, "Unable to write to file", method);
+  if (!written) RaiseWriteFailure();
 }
 
 void Block::Release() {

@@ -2,25 +2,15 @@
 
 #include <limits>
 
-#include "Kel/Log/Log.h"
+#include "Kel/Tmf/FileWrite.h"
 #include "Kel/Util/Coding.h"
 #include "Kel/Util/Raise.h"
-#include "Platform/Platform.h"
 
 namespace KelTmf {
 
 namespace {
 
 const std::uint64_t HeadBytes = 4;
-
-// The same failures as the path through memory reports.
-void RaiseWriteFailure() { KEL_RAISE(10, "Unable to write to file", "KelTmf::Block::Write"); }
-
-void RaiseSeekFailure() {
-  const char* const method = "KelTmf::Index::WriteBufferToFileStream";
-  KEL_LOG(1000, method, "File positioning failed");
-  KEL_RAISE(10, "Saving the buffer failed", method);
-}
 
 }  // namespace
 
@@ -36,11 +26,7 @@ DeflatingBlock::DeflatingBlock(std::uint64_t number, std::uint64_t position, std
 
 void DeflatingBlock::WriteAt(std::uint64_t offset, const unsigned char* bytes, std::size_t count) {
   // Every write is placed: nothing else may have moved the stream since.
-  if (Platform::Seek64(stream, position + offset) != 0) {
-    // Seeking flushes what the stream buffers: that may be what failed.
-    if (std::ferror(stream) != 0) RaiseWriteFailure();
-    RaiseSeekFailure();
-  }
+  SeekOrFail(stream, position + offset, "KelTmf::Index::WriteBufferToFileStream");
   if (std::fwrite(bytes, 1, count, stream) != count) RaiseWriteFailure();
 }
 

@@ -7,6 +7,7 @@
 #include "Kel/Log/Log.h"
 #include "Kel/Tmf/BlockZlibCompressor.h"
 #include "Kel/Tmf/DeflatingBlock.h"
+#include "Kel/Tmf/FileWrite.h"
 #include "Kel/Tmf/Index.h"
 #include "Kel/Util/Raise.h"
 #include "Platform/Platform.h"
@@ -20,14 +21,6 @@ const char* const WriteIndexMethod = "KelTmf::Index::WriteIndexBufferToFileStrea
 const char* const WriteAllMethod = "KelTmf::Index::WriteAllBuffersToFileStream";
 const char* const FlushMethod = "KelTmf::Index::FlushFrozen";
 const std::int32_t CompressionLevel = 6;
-
-// Every placement is absolute; a failed seek would put the bytes anywhere,
-// so it is a failed write.
-void SeekOrFail(std::FILE* stream, std::uint64_t position, const char* method) {
-  if (stream != nullptr && Platform::Seek64(stream, position) == 0) return;
-  KEL_LOG(1000, method, "File positioning failed");
-  KEL_RAISE(10, "Saving the buffer failed", method);
-}
 
 }  // namespace
 

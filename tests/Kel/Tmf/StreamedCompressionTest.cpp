@@ -1,18 +1,15 @@
-// A compressed block goes to the file as zlib produces it, in pieces. These
-// tests hold that path to the bytes of the plain one: compress2 on the whole
-// block, as the in-memory transformation does it.
+// A compressed block goes to the file as zlib produces it, fed and emitted
+// in pieces. These tests hold that stream to compress2's on the whole block,
+// which the in-memory transformation makes.
 
 #include <gtest/gtest.h>
 #include <zlib.h>
 
 #include <algorithm>
 #include <cmath>
-#include <cstring>
 #include <random>
 
 #include "Kel/Tmf/BlockZlibCompressor.h"
-#include "Kel/Tmf/Index.h"
-#include "Kel/Tmf/TmFile.h"
 #include "Kel/Util/Coding.h"
 #include "TmfTestSupport.h"
 
@@ -105,39 +102,4 @@ TEST(StreamedCompression, InputCutAnywhereGivesCompress2sStreamInBoundedPieces) 
 TEST(StreamedCompression, BadLevelFailsLikeTheTransformation) {
   TmfTest::ExpectFailure([&] { ZlibStream(42, [](const unsigned char*, std::size_t) {}); }, 15,
                          "Compression failed");
-}
-
-TEST(StreamedCompression, FileHoldsEachBlockAsTheInMemoryTransformationMakesIt) {
-  const std::string path = TmfTest::ScratchPath();
-  // One dataset per block, flushed during the write and at the end, plus a
-  // second stream compressed only at the end.
-  const std::vector<Bytes> heavy = {SmoothPlanes(150000), Noise(2 * ZlibStream::PieceBytes, 3),
-                                    SmoothPlanes(90000), Bytes(1000, 7)};
-  const Bytes light = Noise(5000, 4);
-  TmfTest::WriteContainer(path, [&](KelTmf::TmFile& file) {
-    file.index.SetBlockLimit("Heavy Data", 300000);
-    for (const Bytes& dataset : heavy) {
-      file.index.SetBlockFlags("Heavy Data", KelTmf::BlockFlagFreeze);
-      file.index.SetBlockFlags("Heavy Data", KelTmf::BlockFlagCompress);
-      file.index.Put("Heavy Data", dataset.data(), dataset.size());
-      file.index.FlushFrozen(file.stream);
-    }
-    file.index.Put("Light Data", light.data(), light.size());
-    file.index.SetBlockFlags("Heavy Data", KelTmf::BlockFlagCompress);
-    file.index.SetBlockFlags("Light Data", KelTmf::BlockFlagCompress);
-  });
-  const Bytes bytes = TmfTest::ReadAll(path);
-
-  std::vector<Bytes> plains = heavy;
-  plains.push_back(light);
-  std::uint64_t end = KelTmf::FirstBlockPosition;
-  for (std::size_t number = 0; number < plains.size(); ++number) {
-    const std::uint64_t position = end;
-    const Bytes expected = InMemoryForm(plains[number]);
-    ASSERT_LE(position + expected.size(), bytes.size());
-    EXPECT_EQ(Bytes(bytes.begin() + position, bytes.begin() + position + expected.size()), expected)
-        << "block " << number;
-    end = position + expected.size();
-  }
-  EXPECT_EQ(bytes.size(), end);
 }
