@@ -61,10 +61,9 @@ TEST(ContainerReading, FindsStreamsOfAHandBuiltFileBySummingSizes) {
   body.insert(body.end(), tree.begin(), tree.end());
   body.insert(body.end(), lightStored.begin(), lightStored.end());
   const std::string path = TmfTest::ScratchPath();
-  TmfTest::WriteAll(path, TmfTest::HandBuilt({{"Heavy Data", 1000, 32},
-                                     {"Dov Tree", 500, 0},
-                                     {"Light Data", static_cast<std::uint32_t>(4 + length), 33}},
-                                    body));
+  TmfTest::WriteAll(path, TmfTest::HandBuilt({{"Heavy Data", 1000, 32}, {"Dov Tree", 500, 0},
+                                              {"Light Data", std::uint32_t(4 + length), 33}},
+                                             body));
 
   const Container container = Container::Open(path);
   EXPECT_EQ(container.Verify(), std::vector<std::string>());
@@ -192,13 +191,7 @@ TEST(ContainerVerification, TruncatedAndScrambledFilesNeverCrash) {
     const std::vector<std::string> lines = Container::Verify(damaged);
     try {
       const Container container = Container::Open(damaged);
-      for (const std::string& name : container.StreamNames()) {
-        try {
-          container.ReadStream(name);
-        } catch (const ReadError&) {
-          EXPECT_FALSE(lines.empty()) << round;
-        }
-      }
+      for (const std::string& name : container.StreamNames()) container.ReadStream(name);
     } catch (const ReadError&) {
       EXPECT_FALSE(lines.empty()) << round;
     }

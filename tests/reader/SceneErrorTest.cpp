@@ -43,17 +43,10 @@ void WriteStreams(const std::string& path, const Streams& streams) {
 Bytes& StreamIn(Streams& streams, const std::string& name) {
   for (auto& stream : streams)
     if (stream.first == name) return stream.second;
-  streams.emplace_back(name, Bytes());
-  return streams.back().second;
+  ADD_FAILURE() << "no stream " << name;
+  return streams.emplace_back(name, Bytes()).second;
 }
 
-// Opens and reads the scene in one go.
-void ReadScene(const std::string& path) {
-  const DovReader::Container container = DovReader::Container::Open(path);
-  DovReader::Scene::Read(container);
-}
-
-using KelDov::AttributeMap;
 using KelDov::Geometry;
 
 const char* const SceneStreams[] = {"Dov Tree", "Light Data", "Attributes", "Resources",
@@ -72,8 +65,7 @@ std::string SaveSmallScene(const std::string& file) {
   array.byteSize = 12;
   array.width = 3;
   array.dataType = KelDov::DataTypeFloat;
-  AttributeMap attributes;
-  attributes["Unit"] = KelDov::AttributeValue::Text("m");
+  const KelDov::AttributeMap attributes{{"Unit", KelDov::AttributeValue::Text("m")}};
   const std::uint64_t offset = tree.WriteStreamDataset(std::vector<float>{1, 2, 3}, 3);
   tree.AddVariable("X", Geometry::Coordinates, offset, array, attributes);
   const KelDov::VariableRef y = tree.AddVariable("Y", Geometry::Coordinates, 0, array, attributes);
@@ -86,7 +78,7 @@ std::string SaveSmallScene(const std::string& file) {
 void ExpectReadError(const std::string& path, const std::string& what,
                      const std::string& reason = "") {
   try {
-    ReadScene(path);
+    DovReader::Scene::Read(DovReader::Container::Open(path));
     ADD_FAILURE() << "no ReadError: " << what;
   } catch (const DovReader::ReadError& e) {
     EXPECT_NE(std::string::npos, std::string(e.what()).find(reason)) << what << ": " << e.what();
@@ -97,23 +89,20 @@ TEST(SceneErrorTest, EveryCutAndEveryExtraByteIsFound) {
   const Streams sound = ReadAllStreams(SaveSmallScene("scene-error-base.dov"));
   const std::string path = TempPath("scene-error-variant.dov");
   WriteStreams(path, sound);
-  ASSERT_NO_THROW(ReadScene(path));
+  ASSERT_NO_THROW(DovReader::Scene::Read(DovReader::Container::Open(path)));
 
   for (const char* name : SceneStreams) {
-    const std::size_t size = [&] { Streams s = sound; return StreamIn(s, name).size(); }();
+    Streams copy = sound;
+    const std::size_t size = StreamIn(copy, name).size();
     ASSERT_GT(size, 0u) << name;
-    // Each file costs a block buffer per stream, so two cuts per stream:
-    // in a middle record and in the last value.
-    for (std::size_t cut : {size / 2, size - 1}) {
+    // Each file costs a block buffer per stream, so two cuts per stream (in
+    // a middle record and in the last value) and one extra byte.
+    for (std::size_t length : {size / 2, size - 1, size + 1}) {
       Streams damaged = sound;
-      StreamIn(damaged, name).resize(cut);
+      StreamIn(damaged, name).resize(length);
       WriteStreams(path, damaged);
-      ExpectReadError(path, std::string(name) + " cut at " + std::to_string(cut));
+      ExpectReadError(path, std::string(name) + " of " + std::to_string(length) + " bytes");
     }
-    Streams longer = sound;
-    StreamIn(longer, name).push_back(0);
-    WriteStreams(path, longer);
-    ExpectReadError(path, std::string(name) + " with an extra byte");
   }
 }
 

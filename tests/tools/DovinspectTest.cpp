@@ -112,39 +112,31 @@ TEST(Dovinspect, ExportOpensInVtk) {
   run = Tool({"export", ModelPath(), solid, "--cells=solid", "--raw", "--name", "solid.pvd"});
   ASSERT_EQ(run.status, 0) << run.err;
 
-  std::vector<std::string> paths;
-  for (const char* name : {"000_Left_t000.vtu", "000_Left_t002.vtu", "002_All_t001.vtu",
-                           "003_Bolt.vtu", "model.pvd"}) {
-    paths.push_back(out + "/" + name);
-  }
-  for (const char* name : {"003_Bolt.vtu", "001_Right_t001.vtu", "solid.pvd"}) {
-    paths.push_back(solid + "/" + name);
-  }
+  const std::vector<std::string> paths = {
+      out + "/000_Left_t000.vtu", out + "/000_Left_t002.vtu", out + "/002_All_t001.vtu",
+      out + "/003_Bolt.vtu",      out + "/model.pvd",         solid + "/003_Bolt.vtu",
+      solid + "/001_Right_t001.vtu", solid + "/solid.pvd"};
   auto files = ToolTest::ReadWithVtk(paths);
   ASSERT_EQ(files.size(), paths.size());
-  using ToolTest::Numbers;
+  auto numbers = [&](int file, const char* kind) { return ToolTest::Numbers(files[paths[file]][kind]); };
   using Values = std::vector<double>;
+  const Values plate(ToolTest::kPlateCoordinates.begin(), ToolTest::kPlateCoordinates.end());
+  const Values bolt(ToolTest::kBoltCoordinates.begin(), ToolTest::kBoltCoordinates.end());
 
   ToolTest::VtkRecords& left = files[paths[0]];
-  EXPECT_EQ(left["counts"], "6 1");
-  EXPECT_EQ(left["celltypes"], "9");
-  EXPECT_EQ(left["cellnodes"], "0 1 4 3");
-  EXPECT_EQ(Numbers(left["coordinates"]),
-            Values(ToolTest::kPlateCoordinates.begin(), ToolTest::kPlateCoordinates.end()));
-  EXPECT_EQ(Numbers(left["pointdata Node Ids"]), (Values{1, 101, 102, 103, 104, 105, 106}));
-  EXPECT_EQ(Numbers(left["pointdata Temperature"])[1 + 4], ToolTest::Temperature(0, 4));
-  EXPECT_EQ(Numbers(left["pointdata Displacement"])[0], 3);  // components
+  EXPECT_EQ(left["counts"] + "|" + left["celltypes"] + "|" + left["cellnodes"], "6 1|9|0 1 4 3");
+  EXPECT_EQ(numbers(0, "coordinates"), plate);
+  EXPECT_EQ(numbers(0, "pointdata Node Ids"), (Values{1, 101, 102, 103, 104, 105, 106}));
+  EXPECT_EQ(numbers(0, "pointdata Temperature")[1 + 4], ToolTest::Temperature(0, 4));
+  EXPECT_EQ(numbers(0, "pointdata Displacement")[0], 3);  // components
   EXPECT_EQ(left.count("celldata Damage"), 0u);  // 3 values fit neither 6 points nor 1 cell
-  EXPECT_EQ(Numbers(files[paths[1]]["pointdata Temperature"])[1 + 4],
-            ToolTest::Temperature(2, 4));
+  EXPECT_EQ(numbers(1, "pointdata Temperature")[1 + 4], ToolTest::Temperature(2, 4));
 
-  ToolTest::VtkRecords& all = files[paths[2]];
-  EXPECT_EQ(all["counts"], "6 3");
-  EXPECT_EQ(all["celltypes"], "9 5 5");
-  EXPECT_EQ(Numbers(all["celldata Damage"]),
+  EXPECT_EQ(files[paths[2]]["counts"] + "|" + files[paths[2]]["celltypes"], "6 3|9 5 5");
+  EXPECT_EQ(numbers(2, "celldata Damage"),
             (Values{1, ToolTest::Damage(1, 0), ToolTest::Damage(1, 1), ToolTest::Damage(1, 2)}));
-  EXPECT_EQ(files[paths[3]]["counts"], "8 1");
-  EXPECT_EQ(files[paths[3]]["celltypes"], "7");  // 8 nodes: a polygon unless solid
+  // 8 nodes: a polygon unless solid.
+  EXPECT_EQ(files[paths[3]]["counts"] + "|" + files[paths[3]]["celltypes"], "8 1|7");
 
   ToolTest::VtkRecords& pvd = files[paths[4]];
   EXPECT_EQ(pvd["dataset 0"], "0.5 0 000_Left_t000.vtu");
@@ -157,10 +149,9 @@ TEST(Dovinspect, ExportOpensInVtk) {
   }
 
   EXPECT_EQ(files[paths[5]]["celltypes"], "12");
-  EXPECT_EQ(Numbers(files[paths[5]]["coordinates"]),
-            Values(ToolTest::kBoltCoordinates.begin(), ToolTest::kBoltCoordinates.end()));
+  EXPECT_EQ(numbers(5, "coordinates"), bolt);
   EXPECT_EQ(files[paths[6]]["cellnodes"], "1 2 5 1 5 4");
-  EXPECT_EQ(Numbers(files[paths[6]]["pointdata Temperature"])[1], ToolTest::Temperature(1, 0));
+  EXPECT_EQ(numbers(6, "pointdata Temperature")[1], ToolTest::Temperature(1, 0));
   EXPECT_EQ(files[paths[7]]["dataset 11"], "2 3 003_Bolt.vtu");
 }
 
