@@ -26,6 +26,7 @@ struct SmallModel {
     scene.createDefaultViews(root);
   }
   void close(const std::string& path) { scene.closeFile(path.c_str()); }
+  void save(const std::string& path) { scene.saveTo(path.c_str(), nullptr, false, true); }
 };
 
 std::string named(const Identifier& object, const char* name) {
@@ -38,9 +39,7 @@ TEST(CloseFile, OtherPathDoesNothingAndTheRightOneFinishesTheFile) {
   const std::string path = freshPath();
   SmallModel model;
   model.scene.saveTo(path.c_str(), "ignored", true, true);
-  std::string upper = path;
-  upper[upper.size() - 1] = 'V';
-  model.close(upper);
+  model.close(path.substr(0, path.size() - 1) + "V");
   model.close(path + " ");
   model.scene.closeFile(nullptr);
   model.close(path);
@@ -55,7 +54,7 @@ TEST(CloseFile, StateErrorsWithoutFileOrRootAndOnceFinished) {
     SmallModel model;
     // Never bound: the empty path equals the empty file name.
     expectRefusal([&] { model.close(""); }, 19, "saveTo");
-    model.scene.saveTo(path.c_str(), nullptr, false, true);
+    model.save(path);
   }
   // A failed saveTo keeps the path but binds no file.
   SmallModel model;
@@ -71,11 +70,11 @@ TEST(CloseFile, StateErrorsWithoutFileOrRootAndOnceFinished) {
 
   // A finished file is neither finished again nor followed by another.
   const std::string other = freshPath("other");
-  model.scene.saveTo(other.c_str(), nullptr, false, true);
+  model.save(other);
   model.close(other);
   const std::vector<unsigned char> finished = fileBytes(other);
   expectRefusal([&] { model.close(other); }, 19, "already finished");
-  expectRefusal([&] { model.scene.saveTo(path.c_str(), nullptr, false, true); }, 19, "already");
+  expectRefusal([&] { model.save(path); }, 19, "already");
   EXPECT_EQ(fileBytes(other), finished);
 }
 
@@ -88,6 +87,7 @@ struct ModelErrorCase {
 };
 
 TEST(CloseFile, ModelErrorsAreRefusedBeforeAnythingIsWrittenAndCanBeMended) {
+  auto floats4 = [](SmallModel& m) { return makeArray(m.scene, Floats{1, 2, 3, 4}); };
   const ModelErrorCase cases[] = {
       {"component cycle",
        [](SmallModel& m) {
@@ -118,21 +118,17 @@ TEST(CloseFile, ModelErrorsAreRefusedBeforeAnythingIsWrittenAndCanBeMended) {
          m.scene.setConnectivity(m.mesh, m.connectivity, makeArray(m.scene, Words{3, 4}));
          return std::string("end at position 7 of a connectivity of 6");
        },
-       [](SmallModel& m) {
-         m.scene.setConnectivity(m.mesh, m.connectivity, makeArray(m.scene, Words{3, 3}));
-       }},
+       [](SmallModel& m) { m.scene.setConnectivity(m.mesh, m.connectivity, makeArray(m.scene, Words{3, 3})); }},
       {"short result list",
-       [](SmallModel& m) {
+       [&](SmallModel& m) {
          m.extra = makeObject(m.scene, InstanceGroupObject, "Time");
-         m.scene.setResult<int>(m.mesh, m.extra, 1, "Stress", makeArray(m.scene, Floats{1, 2, 3, 4}));
-         m.scene.setResult<int>(m.mesh, m.extra, 2, "Stress", makeArray(m.scene, Floats{1, 2, 3, 4}));
-         m.scene.setResult<int>(m.mesh, m.extra, 1, "Strain", makeArray(m.scene, Floats{1, 2, 3, 4}));
-         return std::string("\"Strain\" on instance group ") + named(m.extra, "Time") +
+         m.scene.setResult<int>(m.mesh, m.extra, 1, "Stress", floats4(m));
+         m.scene.setResult<int>(m.mesh, m.extra, 2, "Stress", floats4(m));
+         m.scene.setResult<int>(m.mesh, m.extra, 1, "Strain", floats4(m));
+         return "\"Strain\" on instance group " + named(m.extra, "Time") +
                 " has 1 entries, but the group has 2 values";
        },
-       [](SmallModel& m) {
-         m.scene.setResult<int>(m.mesh, m.extra, 2, "Strain", makeArray(m.scene, Floats{1, 2, 3, 4}));
-       }},
+       [&](SmallModel& m) { m.scene.setResult<int>(m.mesh, m.extra, 2, "Strain", floats4(m)); }},
       {"per-value cells missing",
        [](SmallModel& m) {
          m.extra = makeObject(m.scene, InstanceGroupObject, "Step");
@@ -158,7 +154,7 @@ TEST(CloseFile, ModelErrorsAreRefusedBeforeAnythingIsWrittenAndCanBeMended) {
     SCOPED_TRACE(testCase.title);
     const std::string path = freshPath(std::string("_") + std::to_string(&testCase - cases));
     SmallModel model;
-    model.scene.saveTo(path.c_str(), nullptr, false, true);
+    model.save(path);
     const std::string mention = testCase.breakModel(model);
     expectRefusal([&] { model.close(path); }, 18, mention);
     testCase.mend(model);

@@ -32,8 +32,8 @@ TEST(GeometryScene, VariablesInOrderWithDerivedPolylengthAndIdsAsFloats) {
   ReadModel model(path);
   EXPECT_EQ(model.variableNames(2),
             (std::vector<std::string>{"Connectivity", "Polylength", "Coordinates", "Node Ids"}));
-  EXPECT_EQ(model.variable(2, "Connectivity").type, 5u);
-  EXPECT_EQ(model.variable(2, "Polylength").type, 9u);
+  EXPECT_EQ((Words{model.variable(2, "Connectivity").type, model.variable(2, "Polylength").type}),
+            (Words{5, 9}));
   EXPECT_EQ(model.words(2, "Polylength"), (Words{3, 3, 3}));
   EXPECT_EQ(model.words(2, "Connectivity"), connectivity);
   EXPECT_EQ(model.variable(2, "Coordinates").width, 3);
@@ -73,8 +73,7 @@ TEST(GeometryScene, IncompleteObjectsDropOutSilently) {
 TEST(GeometryScene, ArrayObjectsAreWrittenOnceAndEveryLaterUseLinksToTheFirst) {
   const std::string path = freshPath();
   GeometryScene s;
-  const Floats& nodes = SquareNodes;
-  const Identifier coordinates = makeArray(s.scene, nodes, 3);
+  const Identifier coordinates = makeArray(s.scene, SquareNodes, 3);
   const Identifier first = s.add("First");
   s.scene.setCoordinates(first, coordinates);
   s.scene.setConnectivity(first, makeArray(s.scene, Words{0, 1, 2}, 3));
@@ -87,15 +86,14 @@ TEST(GeometryScene, ArrayObjectsAreWrittenOnceAndEveryLaterUseLinksToTheFirst) {
 
   ReadModel model(path);
   ASSERT_EQ(model.records().size(), 4u);
-  const DovReader::Variable& owner = model.variable(2, "Coordinates");
-  EXPECT_FALSE(owner.linked);
+  EXPECT_FALSE(model.variable(2, "Coordinates").linked);
   for (std::uint32_t id : {3u, 4u}) {
     SCOPED_TRACE(id);
     const DovReader::Variable& user = model.variable(id, "Coordinates");
     EXPECT_TRUE(user.linked);
     EXPECT_EQ(user.linkEntryId, 2u);
     EXPECT_EQ(user.linkVariableIndex, model.variableIndex(2, "Coordinates"));
-    EXPECT_EQ(model.floats(id, "Coordinates"), nodes);
+    EXPECT_EQ(model.floats(id, "Coordinates"), SquareNodes);
     EXPECT_FALSE(model.variable(id, "Polylength").linked);
     EXPECT_EQ(model.words(id, "Connectivity"), (Words{1, 3, 2}));
   }
@@ -103,5 +101,5 @@ TEST(GeometryScene, ArrayObjectsAreWrittenOnceAndEveryLaterUseLinksToTheFirst) {
   EXPECT_TRUE(model.variable(4, "Connectivity").linked);
   EXPECT_EQ(model.variable(4, "Connectivity").linkEntryId, 3u);
   // Datasets: 2 connectivities, 3 derived polylengths, 1 coordinates.
-  EXPECT_EQ(model.container.StreamLength("Heavy Data"), 4u * (3 + 3 + 3 * 1 + nodes.size()));
+  EXPECT_EQ(model.container.StreamLength("Heavy Data"), 4u * (3 + 3 + 3 * 1 + SquareNodes.size()));
 }

@@ -16,6 +16,7 @@
 #include <string>
 #include <vector>
 
+#include "Platform/Platform.h"
 #include "reader/Container.h"
 #include "reader/Scene.h"
 
@@ -142,6 +143,16 @@ inline std::string at(const std::string& name, const std::string& group, const s
 template <std::size_t N>
 Floats floats(const float (&values)[N]) {
   return Floats(values, values + N);
+}
+
+// The random diffuse colour a tree hands out after `skipped` draws: the
+// generator restarts with every tree, and each colour takes three draws.
+inline Floats drawnDiffuse(int skipped) {
+  Platform::SeedRandom(0);
+  for (int i = 0; i < skipped; ++i) Platform::Random();
+  Floats colour{0, 0, 0, 1.0f};
+  for (int i = 0; i < 3; ++i) colour[i] = static_cast<float>(Platform::Random()) / 32767.0f;
+  return colour;
 }
 
 }  // namespace roadtest

@@ -38,27 +38,21 @@ inline std::vector<float> floats(InspectableScene& scene, const Kel::Dov::Identi
   return values != nullptr ? *values : std::vector<float>();
 }
 
-// Runs `call` and expects the library's exception with `code`.
+// Runs `call` and expects the library's exception with `code` and, if
+// given, exactly the description `text`.
 template <class Call>
-void ExpectCode(int code, Call call) {
+void ExpectCode(int code, Call call, const char* text = nullptr) {
   try {
     call();
     ADD_FAILURE() << "no exception, expected code " << code;
   } catch (const Kel::Util::Exception& error) {
     EXPECT_EQ(code, error.GetCode());
+    if (text != nullptr) EXPECT_STREQ(text, error.GetDescription());
   }
 }
 
-// Runs `call` and expects the identifier failure, code 8.
+// The identifier failure: code 8.
 template <class Call>
-void ExpectInvalidIdentifier(Call call) {
-  try {
-    call();
-    ADD_FAILURE() << "no exception";
-  } catch (const Kel::Util::Exception& error) {
-    EXPECT_EQ(8, error.GetCode());
-    EXPECT_STREQ("Invalid Identifier", error.GetDescription());
-  }
-}
+void ExpectInvalidIdentifier(Call call) { ExpectCode(8, call, "Invalid Identifier"); }
 
 #endif
