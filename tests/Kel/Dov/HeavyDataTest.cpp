@@ -28,7 +28,6 @@ TEST(HeavyDataTest, DatasetsFollowEachOtherInBytePlanes) {
   // Width 2 over three values: one item of two components, one leftover.
   const std::uint32_t raw[3] = {0x0A0B0C0D, 1, 2};
   EXPECT_EQ(12u, tree.WriteStreamDataset(raw, 3, 2));
-  EXPECT_EQ(24u, index.GetStreamLength("Heavy Data"));
   tree.Save(tree.GetFile(), "");
   EXPECT_EQ((Bytes{1, 5, 2, 6, 3, 7, 4, 8, 0, 0, 0x80, 0x3F, 0x0D, 0x0C, 0x0B, 0x0A, 1, 0, 0,
                    0, 2, 0, 0, 0}),
@@ -135,13 +134,11 @@ TEST(HeavyDataTest, ProgressIsLogged) {
 
   std::ifstream in(log);
   const std::string text((std::istreambuf_iterator<char>(in)), std::istreambuf_iterator<char>());
-  for (const std::string& line : {"Setting dov file \"" + path + "\"\n",
-                                 std::string("Writing Dataset of size 3 width 3 datatype size 4\n"),
-                                 std::string("Saving global information ...\n"),
-                                 std::string("Global information saved.\n"),
-                                 std::string("Saving dov tree ... \n"),
-                                 std::string("Dov tree saved. \n")})
-    EXPECT_NE(std::string::npos, text.find("@ " + line)) << line;
+  for (std::string line : {"Setting dov file \"" + path + "\"", std::string("Saving dov tree ... "),
+                           std::string("Writing Dataset of size 3 width 3 datatype size 4"),
+                           std::string("Saving global information ..."),
+                           std::string("Global information saved."), std::string("Dov tree saved. ")})
+    EXPECT_NE(std::string::npos, text.find("@ " + line + "\n")) << line;
 }
 
 }  // namespace

@@ -1,13 +1,11 @@
 #include <DovWriter/DovWriter.h>
 #include <gtest/gtest.h>
-#include <unistd.h>
 
-#include <cstdio>
 #include <cstdlib>
+#include <filesystem>
 #include <fstream>
-#include <sstream>
+#include <iterator>
 #include <string>
-#include <sys/stat.h>
 
 #include "Kel/Log/Log.h"
 #include "Kel/Log/Logger.h"
@@ -21,25 +19,18 @@ namespace {
 // the log singleton starts empty in every test.
 std::string TestPath(const std::string& suffix) {
   const char* dir = std::getenv("DOVWRITER_TEST_TMP");
-  std::string base = dir != nullptr ? dir : "/tmp/dovwriter-tests";
-  mkdir(base.c_str(), 0777);
+  const std::filesystem::path base = dir != nullptr ? dir : "/tmp/dovwriter-tests";
+  std::filesystem::create_directories(base);
   const auto* info = ::testing::UnitTest::GetInstance()->current_test_info();
-  std::string path = base + "/" + info->test_suite_name() + "." + info->name() + "." +
-                     std::to_string(getpid()) + suffix;
-  std::remove(path.c_str());
-  return path;
+  const std::filesystem::path path =
+      base / (std::string(info->test_suite_name()) + "." + info->name() + suffix);
+  std::filesystem::remove(path);
+  return path.string();
 }
 
 std::string ReadFile(const std::string& path) {
   std::ifstream in(path, std::ios::binary);
-  std::ostringstream text;
-  text << in.rdbuf();
-  return text.str();
-}
-
-bool Exists(const std::string& path) {
-  struct stat info;
-  return stat(path.c_str(), &info) == 0;
+  return std::string(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
 }
 
 }  // namespace
@@ -86,7 +77,7 @@ TEST(LogRouting, OneTraceFileGetsEveryRecordAtOrAboveTheLevelFlushedAtOnce) {
   ASSERT_TRUE(Kel::Log::Active());
   EXPECT_EQ("", ReadFile(path)) << "an existing file is emptied";
   Kel::Dov::logTraceToFile(second.c_str());
-  EXPECT_FALSE(Exists(second));
+  EXPECT_FALSE(std::filesystem::exists(second));
 
   LogRecord low(999, "x/Low.cpp", 1, "M");
   low << "below every filter";

@@ -10,23 +10,18 @@ using Kel::Util::Exception;
 
 namespace {
 
-// The text what() must give, for the clock reading `time`.
-std::string ExpectedText(const std::string& name, const std::string& description,
-                         const std::string& file, unsigned line, const std::string& method,
-                         std::int64_t time) {
-  return "Exception \"" + name + "\" raised. \n" + "Description : " + description + " \n" +
-         "       File : " + file + " \n" + "       Line : " + std::to_string(line) + " \n" +
-         "     Method : " + method + " \n" + "       Time : " + Platform::CTimeText(time) + " \n";
-}
-
-// what() matches the expected text for one of the clock readings around
-// the construction (a second may tick in between).
-void ExpectText(const Exception& error, std::int64_t before, std::int64_t after,
-                const std::string& name, const std::string& description, const std::string& file,
-                unsigned line, const std::string& method) {
+// what() matches the text for one of the clock readings around the
+// construction (a second may tick in between).
+void ExpectText(const Exception& error, std::int64_t before, const std::string& name,
+                const std::string& description, const std::string& file, unsigned line,
+                const std::string& method) {
   const std::string text = error.what();
-  for (std::int64_t t = before; t <= after; ++t)
-    if (text == ExpectedText(name, description, file, line, method, t)) return;
+  for (std::int64_t t = before; t <= Platform::Now(); ++t)
+    if (text == "Exception \"" + name + "\" raised. \nDescription : " + description +
+                    " \n       File : " + file + " \n       Line : " + std::to_string(line) +
+                    " \n     Method : " + method + " \n       Time : " + Platform::CTimeText(t) +
+                    " \n")
+      return;
   ADD_FAILURE() << "unexpected text:\n" << text;
 }
 
@@ -36,7 +31,7 @@ TEST(ExceptionText, DescribedExceptionHasTheExactMultiLineText) {
   const std::int64_t before = Platform::Now();
   const Exception error(10, "File exists", "src/Kel/Tmf/TmFile.cpp", 88,
                         "KelTmf::TmFile::OpenFileForWriting");
-  ExpectText(error, before, Platform::Now(), "Write Error", "File exists",
+  ExpectText(error, before, "Write Error", "File exists",
              "src/Kel/Tmf/TmFile.cpp", 88, "KelTmf::TmFile::OpenFileForWriting");
   EXPECT_EQ(10, error.GetCode());
   EXPECT_STREQ("File exists", error.GetDescription());
@@ -49,7 +44,7 @@ TEST(ExceptionText, ConstructorWithoutDescriptionUsesTheTextOfTheCodeAndCopiesKe
   const char* method = "KelTmf::Index::Put";
   const std::int64_t before = Platform::Now();
   const Exception error(5, "src/Kel/Tmf/Index.cpp", 412, method);
-  ExpectText(error, before, Platform::Now(), "Element Not Found", "Element Not Found",
+  ExpectText(error, before, "Element Not Found", "Element Not Found",
              "src/Kel/Tmf/Index.cpp", 412, "KelTmf::Index::Put");
   EXPECT_STREQ("Element Not Found", error.GetDescription());
 
