@@ -28,25 +28,39 @@ std::vector<std::uint32_t> derivePolylength(const std::vector<std::uint32_t>& co
   return std::vector<std::uint32_t>(connectivity.size() / dimension, dimension);
 }
 
-std::vector<std::uint32_t> cellOffsets(const std::vector<std::uint32_t>& polylength) {
-  std::vector<std::uint32_t> offsets(polylength.size());
-  std::uint32_t sum = 0;
-  for (std::size_t i = 0; i < polylength.size(); ++i) {
-    offsets[i] = sum;
-    sum += polylength[i];
-  }
-  return offsets;
+CellTable CellTable::Equal(std::uint64_t cells, std::uint32_t nodesPerCell) {
+  CellTable table;
+  table.cells = nodesPerCell != 0 ? cells : 0;
+  table.nodesPerCell = nodesPerCell;
+  return table;
 }
 
-CutFault findCutFault(const std::vector<std::uint32_t>& cells,
-                      const std::vector<std::uint32_t>& polylength,
-                      const std::vector<std::uint32_t>& offsets, std::uint64_t connectivityCount) {
+CellTable CellTable::Listed(const std::vector<std::uint32_t>& polylength) {
+  CellTable table;
+  table.polylength = &polylength;
+  Platform::ReserveForFilling(table.offsets, polylength.size());
+  std::uint32_t sum = 0;
+  for (const std::uint32_t length : polylength) {
+    table.offsets.push_back(sum);
+    sum += length;
+  }
+  return table;
+}
+
+CellTable cellTableOf(const std::vector<std::uint32_t>& polylength,
+                      const std::vector<std::uint32_t>& connectivity, std::uint8_t dimension) {
+  if (!polylength.empty()) return CellTable::Listed(polylength);
+  return CellTable::Equal(dimension != 0 ? connectivity.size() / dimension : 0, dimension);
+}
+
+CutFault findCutFault(const std::vector<std::uint32_t>& cells, const CellTable& table,
+                      std::uint64_t connectivityCount) {
   CutFault fault;
   for (std::size_t i = 0; i < cells.size(); ++i) {
     const std::uint32_t cell = cells[i];
-    const bool outside = cell >= polylength.size();
+    const bool outside = cell >= table.count();
     const std::uint64_t end =
-        outside ? 0 : static_cast<std::uint64_t>(offsets[cell]) + polylength[cell];
+        outside ? 0 : static_cast<std::uint64_t>(table.offset(cell)) + table.length(cell);
     if (outside || end > connectivityCount) {
       fault.found = true;
       fault.position = i;
@@ -59,37 +73,36 @@ CutFault findCutFault(const std::vector<std::uint32_t>& cells,
   return fault;
 }
 
-CutSet cutElementSet(const std::vector<std::uint32_t>& cells,
-                     const std::vector<std::uint32_t>& polylength,
-                     const std::vector<std::uint32_t>& offsets,
+CutSet cutElementSet(const std::vector<std::uint32_t>& cells, const CellTable& table,
                      const std::vector<std::uint32_t>& connectivity) {
   CutSet cut;
-  cutElementSet(cells, polylength, offsets, connectivity, cut);
+  cutElementSet(cells, table, connectivity, cut);
   return cut;
 }
 
-void cutElementSet(const std::vector<std::uint32_t>& cells,
-                   const std::vector<std::uint32_t>& polylength,
-                   const std::vector<std::uint32_t>& offsets,
+void cutElementSet(const std::vector<std::uint32_t>& cells, const CellTable& table,
                    const std::vector<std::uint32_t>& connectivity, CutSet& cut) {
   cut.connectivity.clear();
   cut.polylength.clear();
   // Sized up front: grown piece by piece, a large set would be copied over
   // and over into fresh memory.
   std::size_t nodes = 0;
-  for (const std::uint32_t cell : cells) nodes += polylength[cell];
+  for (const std::uint32_t cell : cells) nodes += table.length(cell);
   Platform::ReserveForFilling(cut.connectivity, nodes);
   Platform::ReserveForFilling(cut.polylength, cells.size());
   for (const std::uint32_t cell : cells) {
-    const std::uint32_t length = polylength[cell];
-    const auto start = connectivity.begin() + offsets[cell];
+    const std::uint32_t length = table.length(cell);
+    const auto start = connectivity.begin() + table.offset(cell);
     cut.polylength.push_back(length);
     cut.connectivity.insert(cut.connectivity.end(), start, start + length);
   }
 }
 
 std::vector<float> idsToFloats(const std::vector<std::uint32_t>& ids) {
-  return std::vector<float>(ids.begin(), ids.end());
+  std::vector<float> floats;
+  Platform::ReserveForFilling(floats, ids.size());
+  floats.assign(ids.begin(), ids.end());
+  return floats;
 }
 
 }  // namespace Dov

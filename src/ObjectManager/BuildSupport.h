@@ -79,20 +79,48 @@ struct CutFault {
 // Cells of `dimension` nodes each, as many as fit in `connectivity`.
 std::vector<std::uint32_t> derivePolylength(const std::vector<std::uint32_t>& connectivity,
                                             std::uint8_t dimension);
-// Where each cell starts in the connectivity, in wrapping 32-bit sums.
-std::vector<std::uint32_t> cellOffsets(const std::vector<std::uint32_t>& polylength);
-CutFault findCutFault(const std::vector<std::uint32_t>& cells,
-                      const std::vector<std::uint32_t>& polylength,
-                      const std::vector<std::uint32_t>& offsets, std::uint64_t connectivityCount);
+
+// How many nodes each cell of a mesh has and where its slice of the
+// connectivity starts (in wrapping 32-bit sums, as a reader adds them up).
+// A mesh of equal cells needs no table for that: both follow from the cell
+// number, so a mesh of millions of cells is cut without arrays as large as
+// its connectivity. A polylength gets its offsets summed once.
+class CellTable {
+ public:
+  CellTable() = default;
+  // `cells` cells of `nodesPerCell` nodes each.
+  static CellTable Equal(std::uint64_t cells, std::uint32_t nodesPerCell);
+  // The cells of `polylength`, which must outlive the table.
+  static CellTable Listed(const std::vector<std::uint32_t>& polylength);
+
+  std::uint64_t count() const { return polylength != nullptr ? polylength->size() : cells; }
+  bool empty() const { return count() == 0; }
+  std::uint32_t length(std::uint64_t cell) const {
+    return polylength != nullptr ? (*polylength)[cell] : nodesPerCell;
+  }
+  std::uint32_t offset(std::uint64_t cell) const {
+    return polylength != nullptr ? offsets[cell]
+                                 : static_cast<std::uint32_t>(cell * nodesPerCell);
+  }
+
+ private:
+  const std::vector<std::uint32_t>* polylength = nullptr;
+  std::vector<std::uint32_t> offsets;  // of a listed polylength only
+  std::uint64_t cells = 0;
+  std::uint32_t nodesPerCell = 0;
+};
+
+// The cells of a mesh: those of its polylength if it has one, else equal
+// cells of `dimension` nodes, as many as fit in `connectivity`.
+CellTable cellTableOf(const std::vector<std::uint32_t>& polylength,
+                      const std::vector<std::uint32_t>& connectivity, std::uint8_t dimension);
+CutFault findCutFault(const std::vector<std::uint32_t>& cells, const CellTable& table,
+                      std::uint64_t connectivityCount);
 // Only for sets that findCutFault() passed.
-CutSet cutElementSet(const std::vector<std::uint32_t>& cells,
-                     const std::vector<std::uint32_t>& polylength,
-                     const std::vector<std::uint32_t>& offsets,
+CutSet cutElementSet(const std::vector<std::uint32_t>& cells, const CellTable& table,
                      const std::vector<std::uint32_t>& connectivity);
 // The same into `cut`, whose room is reused.
-void cutElementSet(const std::vector<std::uint32_t>& cells,
-                   const std::vector<std::uint32_t>& polylength,
-                   const std::vector<std::uint32_t>& offsets,
+void cutElementSet(const std::vector<std::uint32_t>& cells, const CellTable& table,
                    const std::vector<std::uint32_t>& connectivity, CutSet& cut);
 // Node ids become floats by value: exact up to 2^24, rounded above.
 std::vector<float> idsToFloats(const std::vector<std::uint32_t>& ids);
@@ -101,9 +129,7 @@ std::vector<float> idsToFloats(const std::vector<std::uint32_t>& ids);
 struct MeshFrame {
   const std::vector<float>* coordinates = nullptr;
   const std::vector<std::uint32_t>* connectivity = nullptr;
-  const std::vector<std::uint32_t>* polylength = nullptr;  // given or derived
-  std::vector<std::uint32_t> derivedPolylength;
-  std::vector<std::uint32_t> offsets;
+  CellTable cells;  // from the polylength, or equal cells
   const std::vector<std::uint32_t>* nodeIds = nullptr;
   // The cut of the set in hand. Kept from set to set, so that the sets of a
   // large mesh fill memory that is already there instead of fresh pages.
@@ -114,8 +140,8 @@ struct MeshFrame {
   std::string groupName;
   TextList values;
   TextList resultNames;
-  // Per value position: where each cell of that value's polylength starts.
-  std::map<std::uint64_t, std::vector<std::uint32_t>> valueOffsets;
+  // Per value position: the cells of that value's own polylength.
+  std::map<std::uint64_t, CellTable> valueCells;
 
   // Which variable of this mesh holds the dataset of a key.
   std::map<std::string, KelDov::VariableRef> meshDatasets;

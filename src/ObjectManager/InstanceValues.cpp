@@ -27,14 +27,12 @@ void ObjectManager::readInstanceGroup(MeshFrame& mesh) {
 std::map<std::string, std::vector<std::uint32_t>> ObjectManager::cutPerValue(
     const MeshFrame& mesh, const std::string& setName) {
   std::map<std::string, std::vector<std::uint32_t>> cuts;
-  if (mesh.valueOffsets.empty()) return cuts;
+  if (mesh.valueCells.empty()) return cuts;
   const LinkList connectivities = readLinks(mesh.instanceGroup, resultKey("Connectivity"));
-  const LinkList polylengths = readLinks(mesh.instanceGroup, resultKey("Polylength"));
   // With a polylength per value the contents of a set are per value too.
   const LinkList cellLists = readLinks(mesh.instanceGroup, elementSetKey(setName));
   for (std::uint64_t j = 0; j < mesh.values.size(); ++j) {
-    CutSet cut = cutElementSet(readIndexArray(linkAt(cellLists, j)),
-                               readIndexArray(linkAt(polylengths, j)), mesh.valueOffsets.at(j),
+    CutSet cut = cutElementSet(readIndexArray(linkAt(cellLists, j)), mesh.valueCells.at(j),
                                readIndexArray(linkAt(connectivities, j)));
     cuts[mesh.nameAt("Connectivity", j)] = std::move(cut.connectivity);
     cuts[mesh.nameAt("Polylength", j)] = std::move(cut.polylength);

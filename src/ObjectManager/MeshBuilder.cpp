@@ -21,33 +21,32 @@ void ObjectManager::readMeshFrame(std::uint64_t index, MeshFrame& mesh) {
   mesh.coordinates = &readFloatArray(readLink(index, "Coordinates"));
   const std::uint64_t connectivityLink = readLink(index, "Connectivity");
   mesh.connectivity = &readIndexArray(connectivityLink);
-  mesh.polylength = &readIndexArray(readLink(index, "Polylength"));
+  const std::vector<std::uint32_t>& polylength = readIndexArray(readLink(index, "Polylength"));
   mesh.instanceGroup = readLink(index, "Instance Group");
   if (mesh.instanceGroup != NoObject) readInstanceGroup(mesh);
   mesh.elementSets = readLinks(index, "Element Sets");
 
-  if (mesh.polylength->empty() && connectivityLink != NoObject) {
-    mesh.derivedPolylength = derivePolylength(*mesh.connectivity, readDimension(connectivityLink));
-    mesh.polylength = &mesh.derivedPolylength;
-  }
+  // Connectivity alone, with the nodes per cell as its dimension, tells a
+  // mesh of equal cells.
+  const std::uint8_t nodesPerCell =
+      connectivityLink != NoObject ? readDimension(connectivityLink) : 0;
+  mesh.cells = cellTableOf(polylength, *mesh.connectivity, nodesPerCell);
   mesh.nodeIds = &readIndexArray(readLink(index, "Node Ids"));
-  if (!mesh.polylength->empty()) mesh.offsets = cellOffsets(*mesh.polylength);
 
-  // Each value with a polylength of its own gets the offsets of its cells.
+  // Each value with a polylength of its own has cells of its own.
   const std::string polylengthKey = resultKey("Polylength");
   for (const std::string& name : mesh.resultNames) {
     if (name != polylengthKey) continue;
     const LinkList arrays = readLinks(mesh.instanceGroup, name);
     for (std::uint64_t j = 0; j < mesh.values.size(); ++j)
-      mesh.valueOffsets[j] = cellOffsets(readIndexArray(linkAt(arrays, j)));
+      mesh.valueCells[j] = CellTable::Listed(readIndexArray(linkAt(arrays, j)));
   }
 }
 
 void ObjectManager::writeElementSet(MeshFrame& mesh, std::uint64_t set) {
   const std::string setName = objects[set].name;
   CutSet& cut = mesh.setCut;
-  if (!mesh.offsets.empty())
-    cutElementSet(readIndexArray(set), *mesh.polylength, mesh.offsets, *mesh.connectivity, cut);
+  if (!mesh.cells.empty()) cutElementSet(readIndexArray(set), mesh.cells, *mesh.connectivity, cut);
 
   std::unique_ptr<KelDov::Shape> shape(new KelDov::Shape(setName));
   shape->material.visible = readFlag(set, "Visibility", true) ? 1 : 0;
@@ -55,10 +54,10 @@ void ObjectManager::writeElementSet(MeshFrame& mesh, std::uint64_t set) {
   AddGeometry(setName);
 
   // Every set sees all node ids of the mesh, not only those of its cells.
-  const bool usesNodeIds = !mesh.offsets.empty() || mesh.instanceGroup != NoObject;
+  const bool usesNodeIds = !mesh.cells.empty() || mesh.instanceGroup != NoObject;
   static const std::vector<float> noNodeIds;
   const std::vector<float>& nodeIdValues = usesNodeIds ? mesh.nodeIdFloats() : noNodeIds;
-  if (!mesh.offsets.empty()) {
+  if (!mesh.cells.empty()) {
     addMeshVariable(mesh, setName + ResultMark + "Connectivity", "Connectivity",
                     KelDov::Geometry::CellConnectivity, Dataset::Of(cut.connectivity));
     addMeshVariable(mesh, setName + ResultMark + "Polylength", "Polylength",

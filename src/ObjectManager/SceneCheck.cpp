@@ -43,13 +43,11 @@ class SceneCheck {
   // The list under `key` on the group; refused if it misses values.
   LinkList perValueList(const PerValue& data, const std::string& key, const std::string& what) const;
   void checkValueCuts(const PerValue& data, const LinkList& sets,
-                      const std::vector<std::vector<std::uint32_t>>& polylengths);
-  // `offsets` are those of `polylength`, worked out once by the caller for
-  // all the sets that it cuts.
+                      const std::vector<const std::vector<std::uint32_t>*>& polylengths);
+  // `table` is made once by the caller for all the sets that it cuts.
   void checkCut(std::uint64_t mesh, std::uint64_t set, const std::vector<std::uint32_t>& cells,
-                const std::vector<std::uint32_t>& polylength,
-                const std::vector<std::uint32_t>& offsets,
-                const std::vector<std::uint32_t>& connectivity, const std::string& atValue);
+                const CellTable& table, const std::vector<std::uint32_t>& connectivity,
+                const std::string& atValue);
 
   template <class T>
   const T* find(std::uint64_t index, const std::string& key) const {
@@ -78,8 +76,12 @@ class SceneCheck {
     const unsigned char* value = find<unsigned char>(index, "Dimension");
     return value != nullptr ? *value : 1;
   }
-  std::vector<std::uint32_t> polylengthOf(std::uint64_t mesh, const std::vector<std::uint32_t>& given,
-                                          std::uint64_t connectivityLink) const;
+  // Refuses a mesh whose cells cannot be counted: no polylength, and a
+  // connectivity of "Dimension" 0.
+  void checkCellsCountable(std::uint64_t mesh, const std::vector<std::uint32_t>& given,
+                           std::uint64_t connectivityLink) const;
+  CellTable cellsOf(std::uint64_t mesh, const std::vector<std::uint32_t>& given,
+                    std::uint64_t connectivityLink) const;
 
   std::string describe(std::uint64_t index) const {
     std::ostringstream text;
@@ -130,46 +132,46 @@ void SceneCheck::checkGeometry(std::uint64_t index) {
   const std::uint64_t connectivityLink = link(index, "Connectivity");
   if (!links(index, "Element Sets").empty() || link(index, "Coordinates") == NoObject) return;
   if (connectivityLink == NoObject && !pointMesh) return;
-  polylengthOf(index, indexArray(link(index, "Polylength")), connectivityLink);
+  checkCellsCountable(index, indexArray(link(index, "Polylength")), connectivityLink);
 }
 
-std::vector<std::uint32_t> SceneCheck::polylengthOf(std::uint64_t mesh,
-                                                    const std::vector<std::uint32_t>& given,
-                                                    std::uint64_t connectivityLink) const {
-  const std::vector<std::uint32_t>& connectivity = indexArray(connectivityLink);
-  if (!given.empty() || connectivity.empty()) return given;
+void SceneCheck::checkCellsCountable(std::uint64_t mesh, const std::vector<std::uint32_t>& given,
+                                     std::uint64_t connectivityLink) const {
+  if (!given.empty() || indexArray(connectivityLink).empty()) return;
   if (dimension(connectivityLink) == 0)
     refuse(mesh, "its connectivity " + describe(connectivityLink) +
                      " has \"Dimension\" 0 and no polylength, so its cells cannot be counted");
-  return derivePolylength(connectivity, dimension(connectivityLink));
+}
+
+CellTable SceneCheck::cellsOf(std::uint64_t mesh, const std::vector<std::uint32_t>& given,
+                              std::uint64_t connectivityLink) const {
+  checkCellsCountable(mesh, given, connectivityLink);
+  const std::uint8_t nodesPerCell = connectivityLink != NoObject ? dimension(connectivityLink) : 0;
+  return cellTableOf(given, indexArray(connectivityLink), nodesPerCell);
 }
 
 void SceneCheck::checkMesh(std::uint64_t index) {
   const std::uint64_t connectivityLink = link(index, "Connectivity");
   const std::vector<std::uint32_t>& connectivity = indexArray(connectivityLink);
-  const std::vector<std::uint32_t> polylength =
-      polylengthOf(index, indexArray(link(index, "Polylength")), connectivityLink);
+  // One mesh may have many sets; its table of cells serves them all.
+  const CellTable cells = cellsOf(index, indexArray(link(index, "Polylength")), connectivityLink);
   const LinkList sets = links(index, "Element Sets");
-  // One mesh may have many sets; its offsets serve them all.
-  const std::vector<std::uint32_t> offsets = cellOffsets(polylength);
-  if (!polylength.empty())
+  if (!cells.empty())
     for (const std::uint64_t set : sets)
-      checkCut(index, set, indexArray(set), polylength, offsets, connectivity, std::string());
+      checkCut(index, set, indexArray(set), cells, connectivity, std::string());
   checkInstanceValues(index, sets);
 }
 
 void SceneCheck::checkCut(std::uint64_t mesh, std::uint64_t set,
-                          const std::vector<std::uint32_t>& cells,
-                          const std::vector<std::uint32_t>& polylength,
-                          const std::vector<std::uint32_t>& offsets,
+                          const std::vector<std::uint32_t>& cells, const CellTable& table,
                           const std::vector<std::uint32_t>& connectivity,
                           const std::string& atValue) {
-  const CutFault fault = findCutFault(cells, polylength, offsets, connectivity.size());
+  const CutFault fault = findCutFault(cells, table, connectivity.size());
   if (!fault.found) return;
   std::ostringstream text;
   text << "element set " << describe(set) << " lists cell " << fault.cell << atValue;
   if (fault.outsidePolylength)
-    text << ", but the mesh has " << polylength.size() << " cells";
+    text << ", but the mesh has " << table.count() << " cells";
   else
     text << ", whose nodes would end at position " << fault.sliceEnd
          << " of a connectivity of " << connectivity.size() << " entries";
@@ -197,12 +199,12 @@ void SceneCheck::checkInstanceValues(std::uint64_t mesh, const LinkList& sets) {
   if (names != nullptr) data.names = *names;
 
   // The polylength per value is read for the mesh even without sets.
-  std::vector<std::vector<std::uint32_t>> polylengths;
+  std::vector<const std::vector<std::uint32_t>*> polylengths;
   for (const std::string& name : data.names) {
     if (name != resultKey("Polylength")) continue;
     const LinkList list = perValueList(data, name, "the per-value list \"Polylength\"");
     for (std::uint64_t j = 0; j < data.values.size(); ++j)
-      polylengths.push_back(cuttingArray(mesh, list[j], "the polylength" + data.at(j)));
+      polylengths.push_back(&cuttingArray(mesh, list[j], "the polylength" + data.at(j)));
   }
   if (sets.empty()) return;
   for (const std::string& name : data.names)
@@ -225,9 +227,12 @@ LinkList SceneCheck::perValueList(const PerValue& data, const std::string& key,
 // With a polylength per value, each set is cut per value from that value's
 // connectivity by the cells recorded for it at that value.
 void SceneCheck::checkValueCuts(const PerValue& data, const LinkList& sets,
-                                const std::vector<std::vector<std::uint32_t>>& polylengths) {
+                                const std::vector<const std::vector<std::uint32_t>*>& polylengths) {
   const LinkList connectivities =
       perValueList(data, resultKey("Connectivity"), "the per-value list \"Connectivity\"");
+  std::vector<CellTable> tables;
+  for (const std::vector<std::uint32_t>* polylength : polylengths)
+    tables.push_back(CellTable::Listed(*polylength));
   for (const std::uint64_t set : sets) {
     const std::string setName = scene.record(set).name;
     const LinkList cellLists = perValueList(data, elementSetKey(setName),
@@ -237,8 +242,7 @@ void SceneCheck::checkValueCuts(const PerValue& data, const LinkList& sets,
           cuttingArray(data.mesh, connectivities[j], "the connectivity" + data.at(j));
       const std::vector<std::uint32_t>& cells = cuttingArray(
           data.mesh, cellLists[j], "the cells of element set \"" + setName + "\"" + data.at(j));
-      checkCut(data.mesh, cellLists[j], cells, polylengths[j], cellOffsets(polylengths[j]),
-               connectivity, data.at(j));
+      checkCut(data.mesh, cellLists[j], cells, tables[j], connectivity, data.at(j));
     }
   }
 }

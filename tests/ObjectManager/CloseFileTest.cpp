@@ -110,7 +110,8 @@ TEST(CloseFile, ModelErrorsAreRefusedBeforeAnythingIsWrittenAndCanBeMended) {
       {"cell outside",
        [](SmallModel& m) {
          m.scene.setValues<unsigned int>(m.set, Words{1, 2}.data(), 2);
-         return named(m.mesh, "Plate") + ": element set " + named(m.set, "Skin") + " lists cell 2";
+         return named(m.mesh, "Plate") + ": element set " + named(m.set, "Skin") +
+                " lists cell 2, but the mesh has 2 cells";
        },
        [](SmallModel& m) { m.scene.setValues<unsigned int>(m.set, Words{1}.data(), 1); }},
       {"slice beyond",
