@@ -1,5 +1,6 @@
 #include "Measure.h"
 
+#include <sys/mman.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
@@ -27,6 +28,33 @@ double Clock(clockid_t clock) {
 
 double Stopwatch::WallNow() { return Clock(CLOCK_MONOTONIC); }
 double Stopwatch::CpuNow() { return Clock(CLOCK_PROCESS_CPUTIME_ID); }
+
+namespace {
+
+// Processor seconds to fill `bytes` of fresh anonymous memory, which is
+// advised onto large pages as the library's large copies are.
+double SecondsToFill(std::uint64_t bytes) {
+  void* memory = mmap(nullptr, bytes, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+  if (memory == MAP_FAILED) throw std::runtime_error("mmap failed");
+#if defined(MADV_HUGEPAGE)
+  madvise(memory, bytes, MADV_HUGEPAGE);
+#endif
+  const double start = Stopwatch::CpuNow();
+  std::memset(memory, 1, bytes);
+  const double seconds = Stopwatch::CpuNow() - start;
+  munmap(memory, bytes);
+  return seconds;
+}
+
+}  // namespace
+
+MemoryTouchFigures MeasureMemoryTouch(std::uint64_t bytes) {
+  const double gib = static_cast<double>(bytes) / (1u << 30);
+  MemoryTouchFigures figures;
+  figures.firstSecondsPerGiB = SecondsToFill(bytes) / gib;
+  figures.againSecondsPerGiB = SecondsToFill(bytes) / gib;
+  return figures;
+}
 
 std::uint64_t PeakRssBytes() {
   rusage usage{};

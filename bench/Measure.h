@@ -30,13 +30,24 @@ class Stopwatch {
   }
   double WallSeconds() const { return wallSeconds; }
   double CpuSeconds() const { return cpuSeconds; }
-
- private:
   static double WallNow();
   static double CpuNow();
+
+ private:
   double wallSeconds = 0;
   double cpuSeconds = 0;
 };
+
+// What the machine charges for memory: processor seconds per GiB to write
+// into pages this process never had, and into the same pages again once
+// they were freed. The copies that setValues must make pay the first; on a
+// virtual machine whose host backs guest memory only when it is touched,
+// that is many times the second.
+struct MemoryTouchFigures {
+  double firstSecondsPerGiB = 0;
+  double againSecondsPerGiB = 0;
+};
+MemoryTouchFigures MeasureMemoryTouch(std::uint64_t bytes);
 
 // The peak resident set of this process so far.
 std::uint64_t PeakRssBytes();

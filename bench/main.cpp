@@ -111,6 +111,14 @@ void PrintMachine(std::ostream& out, const Options& options) {
       << SteadySeconds << " s of our writes need more (at most " << MostRuns << ")\n"
       << "model:    " << CellKindName(options.kind)
       << ", one element set per 100000 cells, a vector and a scalar result over 10 states\n";
+  const MemoryTouchFigures memory =
+      InChild<MemoryTouchFigures>([] { return MeasureMemoryTouch(std::uint64_t(512) << 20); });
+  char line[200];
+  std::snprintf(line, sizeof line,
+                "memory:   writing pages the process never had: %.2f s per GiB of processor "
+                "time; the same pages again: %.2f s (the setValues copies pay the first)\n",
+                memory.firstSecondsPerGiB, memory.againSecondsPerGiB);
+  out << line;
 }
 
 struct Row {
