@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <cstdio>
 #include <limits>
 
 #include "Kel/Tmf/BlockZlibCompressor.h"
@@ -143,6 +144,20 @@ TEST(BlockWrite, WholeBlockWithOptionalPrefix) {
   std::fclose(stream);
   EXPECT_EQ(TmfTest::ReadAll(path), (Bytes{0, 0, 0, 0, 4, 0, 0, 0, 0x0D, 0x0C, 0x0B, 0x0A}));
   // A full device is tested where the container writes.
+}
+
+TEST(BlockWrite, AShortWriteIsAFailureEvenWhereTheFlushSucceeds) {
+  // A stream over eight bytes of memory takes the prefix and half the
+  // contents; what does not fit is refused by the write, not by the flush.
+  char room[8];
+  std::FILE* stream = fmemopen(room, sizeof room, "wb");
+  ASSERT_NE(stream, nullptr);
+  std::setvbuf(stream, nullptr, _IONBF, 0);
+  ScopedBlock scoped;
+  scoped.block.Put(std::uint64_t(0x0102030405060708));
+  TmfTest::ExpectFailure([&] { scoped.block.Write(stream, true); }, 10,
+                         "Unable to write to file");
+  std::fclose(stream);
 }
 
 TEST(BlockCompression, LengthPrefixAndZlibStreamAndPlainBytesKeptOnFailure) {
