@@ -30,7 +30,7 @@ std::vector<std::uint32_t> derivePolylength(const std::vector<std::uint32_t>& co
 
 CellTable CellTable::Equal(std::uint64_t cells, std::uint32_t nodesPerCell) {
   CellTable table;
-  table.cells = nodesPerCell != 0 ? cells : 0;
+  table.cells = cells;
   table.nodesPerCell = nodesPerCell;
   return table;
 }

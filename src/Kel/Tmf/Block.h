@@ -60,6 +60,11 @@ struct Block {
 
   // Releases the buffer; the bookkeeping fields keep their values.
   void Release();
+  // Releases the buffer and forgets it: an empty block, as if new.
+  void Reset() {
+    Release();
+    *this = Block();
+  }
   // True once the bytes of the block have left memory for the file: they
   // can neither be written again nor be added to.
   bool ContentsReleased() const { return data == nullptr && length != 0; }

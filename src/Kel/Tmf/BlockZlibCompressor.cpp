@@ -115,8 +115,7 @@ void BlockZlibCompressor::operator()(Block& block) {
 
   // The plain buffer is given up only now that the compressed form exists,
   // and before the block grows again, to keep the peak of memory low.
-  block.Release();
-  block = Block();
+  block.Reset();
   try {
     block.Put(plainLength);
     block.PutRaw(output, outputLength);

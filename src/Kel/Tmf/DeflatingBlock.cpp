@@ -1,10 +1,7 @@
 #include "Kel/Tmf/DeflatingBlock.h"
 
-#include <limits>
-
 #include "Kel/Tmf/FileWrite.h"
 #include "Kel/Util/Coding.h"
-#include "Kel/Util/Raise.h"
 
 namespace KelTmf {
 
@@ -30,16 +27,14 @@ void DeflatingBlock::WriteAt(std::uint64_t offset, const unsigned char* bytes, s
   if (std::fwrite(bytes, 1, count, stream) != count) RaiseWriteFailure();
 }
 
-std::uint32_t DeflatingBlock::Finish(std::uint32_t plainLength) {
+std::uint64_t DeflatingBlock::Finish(std::uint32_t plainLength) {
   zlib.Finish();
-  if (written > std::numeric_limits<std::uint32_t>::max() - HeadBytes)
-    KEL_RAISE(1, "Value too large: a block holds less than 4 GiB", "KelTmf::Block::Write");
   unsigned char head[HeadBytes];
   Kel::Util::EncodeFixed32(head, plainLength);
   WriteAt(0, head, sizeof head);
   // Only a flush shows whether the bytes could go out.
   if (std::fflush(stream) != 0 || std::ferror(stream) != 0) RaiseWriteFailure();
-  return static_cast<std::uint32_t>(HeadBytes + written);
+  return HeadBytes + written;
 }
 
 }  // namespace KelTmf

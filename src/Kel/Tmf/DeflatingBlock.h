@@ -22,9 +22,8 @@ class DeflatingBlock {
   std::uint64_t Position() const { return position; }
   void Feed(const unsigned char* bytes, std::uint64_t count) { zlib.Feed(bytes, count); }
   // Ends the zlib stream, writes the plain length in front of it and
-  // returns the block's stored size. A size of 4 GiB or more is refused
-  // (code 1): it could not be told in the index.
-  std::uint32_t Finish(std::uint32_t plainLength);
+  // returns the block's stored size.
+  std::uint64_t Finish(std::uint32_t plainLength);
 
  private:
   // Writes at the block's place plus `offset`, or fails with code 10.

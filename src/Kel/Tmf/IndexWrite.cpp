@@ -67,8 +67,7 @@ Index::CompressedPut Index::BeginCompressedPut(const std::string& name, std::FIL
   block.Skip(byteCount);
   if (staging.capacity < byteCount) {
     // Grown afresh rather than reallocated: the old contents are spent.
-    staging.Release();
-    staging = Block();
+    staging.Reset();
     staging.AllocateAdditionalMemory(byteCount);
     Platform::PrepareBufferForFilling(staging.data, byteCount);
   }
@@ -78,11 +77,13 @@ Index::CompressedPut Index::BeginCompressedPut(const std::string& name, std::FIL
 void Index::FeedStaged(std::uint64_t byteCount) { deflating->Feed(staging.data, byteCount); }
 
 void Index::FinishDeflating(BlockRecord& record, Block& block) {
-  const std::uint32_t size = deflating->Finish(block.length);
+  const std::uint64_t size = deflating->Finish(block.length);
   record.position = deflating->Position();
   deflating.reset();
-  block.Release();
-  block.length = block.position = size;
+  // The block now stands as if it held its stored form, which the 32-bit
+  // size of a block must be able to tell, as on the path through memory.
+  block.Reset();
+  block.Skip(size);
 }
 
 bool Index::DeflateHeldBlock(std::uint64_t number, std::FILE* stream) {
@@ -147,8 +148,7 @@ void Index::WriteIndexBufferToFileStream(std::uint64_t number, std::FILE* stream
     // afresh, but only once, so that a buffer in use again is not lost.
     if (record.flags & BlockFlagFreeze) record.frozen = false;
     if (!record.bufferReset) {
-      block.Release();
-      block = Block();
+      block.Reset();
       record.bufferReset = true;
     }
   }
@@ -205,8 +205,7 @@ void Index::WriteFirstIndex(std::FILE* stream) {
 void Index::WriteAllBuffersToFileStream(std::FILE* stream) {
   KEL_LOG(1000, WriteAllMethod, "Writing all buffers to file stream ...");
   // No more compressed puts come: their staging memory goes back first.
-  staging.Release();
-  staging = Block();
+  staging.Reset();
   // A file without any block still gets its first index, of pool entries.
   if (limiters.find(EmptyBlockName) == limiters.end()) AllocateFirstBatch();
   std::uint64_t first = 0;
