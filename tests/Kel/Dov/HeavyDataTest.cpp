@@ -59,8 +59,16 @@ void WriteHeavyBlocks(const std::string& path, bool compressWhilePutting) {
 TEST(HeavyDataTest, CompressingWhilePuttingWritesTheBlocksOfThePlainPath) {
   const std::string streamed = TempPath("heavy-streamed.dov");
   const std::string plain = TempPath("heavy-plain.dov");
-  WriteHeavyBlocks(streamed, true);
-  WriteHeavyBlocks(plain, false);
+  // The creation date, taken at each save, changes the size of its block
+  // when the two saves fall in different seconds, and with it what the
+  // index tells of the blocks behind it: such a pair is written again.
+  for (int attempt = 0; attempt < 5; ++attempt) {
+    WriteHeavyBlocks(streamed, true);
+    WriteHeavyBlocks(plain, false);
+    if (DovReader::Container::Open(streamed).ReadStream("Global Information") ==
+        DovReader::Container::Open(plain).ReadStream("Global Information"))
+      break;
+  }
   const DovReader::Container a = DovReader::Container::Open(streamed);
   const DovReader::Container b = DovReader::Container::Open(plain);
   EXPECT_EQ(std::vector<std::string>(), a.Verify());
