@@ -5,6 +5,7 @@
 // and, by derivation, the scene tree and the output file that closeFile()
 // builds from it.
 
+#include <DovWriter/Scene_V2.h>
 #include <DovWriter/Types.h>
 
 #include <boost/any.hpp>
@@ -174,6 +175,15 @@ class ObjectManager : public KelDov::Tree {
   // what the walk would reach are refused before any dataset is written.
   void closeFile(const std::string& path);
 
+  // ---- Options of the third interface version -------------------------------
+  // How closeFile() writes; refused (code 19) once building has started.
+  void setWriteOptions(const WriteOptions& options);
+  const WriteOptions& writeOptions() const { return options; }
+  // Keeps the host's pointer instead of a copy (same checks as setValues).
+  template <class T>
+  void lendValues(const Identifier& array, const T* values, std::uint64_t count);
+  void setDiagnostics(DiagnosticHandler handler, void* user);
+
   // ---- Tree construction ---------------------------------------------------
   void writeObject(std::uint64_t index);
   void writeGroup(std::uint64_t index);
@@ -245,6 +255,9 @@ class ObjectManager : public KelDov::Tree {
   std::vector<ObjectRecord> objects;
   std::uint64_t root = NoObject;
   std::map<std::uint64_t, KelDov::VariableRef> sharedDatasets;
+  WriteOptions options;
+  DiagnosticHandler diagnosticHandler = nullptr;
+  void* diagnosticUser = nullptr;
 };
 
 }  // namespace Dov

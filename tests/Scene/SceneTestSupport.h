@@ -47,7 +47,9 @@ void ExpectCode(int code, Call call, const char* text = nullptr) {
     ADD_FAILURE() << "no exception, expected code " << code;
   } catch (const Kel::Util::Exception& error) {
     EXPECT_EQ(code, error.GetCode());
-    if (text != nullptr) EXPECT_STREQ(text, error.GetDescription());
+    if (text != nullptr) {
+      EXPECT_STREQ(text, error.GetDescription());
+    }
   }
 }
 

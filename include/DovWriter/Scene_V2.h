@@ -1,0 +1,84 @@
+#ifndef DOVWRITER_SCENE_V2_H
+#define DOVWRITER_SCENE_V2_H
+
+// The third version of the scene handle. Everything of Scene_V1 stands as
+// it is; what is added here is asked for explicitly by a host and changes
+// nothing for a host that does not ask: how the file is written (threads,
+// encoding), arrays lent instead of copied, and a channel that tells the
+// host what the file will not hold and how far a long write has come.
+
+#include <cstdint>
+
+#include "Export.h"
+#include "Scene.h"
+#include "Types.h"
+
+namespace Kel {
+namespace Dov {
+
+// How the blocks of numbers are compressed.
+//  Exact: every block is zlib's compress2 at level 6 of the same bytes that
+//         a single-threaded write gives; the file is byte for byte the same
+//         whatever the number of threads.
+//  Fast:  the numbers are cut into many smaller blocks, each compressed on
+//         its own by a faster encoder; the file is valid and every value
+//         reads back the same, but its bytes differ from the Exact file's.
+enum class Encoding : std::int32_t { Exact = 0, Fast = 1 };
+
+struct WriteOptions {
+  // Threads that work, the host's own included (1: no thread is started);
+  // 0: one per hardware thread.
+  unsigned threads = 1;
+  Encoding encoding = Encoding::Exact;
+  // Fast only: compression level, 1 (fastest) to 12 (smallest).
+  int level = 6;
+  // Fast only: plain bytes per block of numbers; 0 lets the library choose.
+  std::uint32_t blockBytes = 0;
+};
+
+// What a diagnostic record is about.
+enum class Diagnostic : std::int32_t { Progress = 0, Warning = 1 };
+
+struct DiagnosticRecord {
+  Diagnostic kind;
+  // Warning: a stable number per kind of warning (listed in the README);
+  // Progress: 0.
+  std::int32_t code;
+  // The index of the object concerned, or all bits set for none.
+  std::uint64_t object;
+  // One readable sentence; valid during the call only.
+  const char* text;
+  // Progress: bytes of numbers written so far and expected in all.
+  std::uint64_t done;
+  std::uint64_t total;
+};
+
+// Called on the host's own thread, during the scene's calls. An exception
+// thrown here is not swallowed: it leaves the scene's call that made the
+// record, as a failure of the library would.
+using DiagnosticHandler = void (*)(const DiagnosticRecord& record, void* user);
+
+class DOVWRITER_API Scene_V2 : public Scene_V1 {
+ public:
+  Scene_V2();
+  explicit Scene_V2(const char* title);
+
+  // Before closeFile(); a call once building has started raises code 19,
+  // options out of their ranges raise code 16.
+  void setWriteOptions(const WriteOptions& options);
+
+  // Like setValues(), but the library keeps the pointer instead of a copy:
+  // the host keeps the memory valid and unchanged until closeFile() returns
+  // or the scene is destroyed. The file is the same as with setValues().
+  template <class T>
+  void lendValues(const Identifier& array, const T* values, std::uint64_t count);
+
+  // Sends warnings and progress to `handler`, with `user` handed back; a
+  // null handler turns the channel off.
+  void setDiagnostics(DiagnosticHandler handler, void* user);
+};
+
+}  // namespace Dov
+}  // namespace Kel
+
+#endif
