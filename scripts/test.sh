@@ -1,20 +1,43 @@
 #!/usr/bin/env bash
-# Builds the library and runs the whole test suite twice: a release build,
-# then a build under AddressSanitizer and UndefinedBehaviorSanitizer.
+# Builds the library and runs every test stage: a release build with the
+# whole suite, then the suite again under AddressSanitizer and
+# UndefinedBehaviorSanitizer. Each stage prints how long it took, and a
+# summary of all stages closes the run.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
-bash scripts/deps.sh --tests
 jobs=$(nproc 2>/dev/null || echo 2)
+summary=()
 
-echo "== Release build and tests"
-cmake -S . -B build -DCMAKE_BUILD_TYPE=Release >/dev/null
-cmake --build build -j "$jobs"
-(cd build && ctest --output-on-failure -j "$jobs")
+# stage TITLE FUNCTION: runs FUNCTION under a heading and records its time.
+stage() {
+  local title=$1 started=$SECONDS
+  echo "== $title"
+  "$2"
+  local took=$((SECONDS - started))
+  summary+=("$(printf '%-48s %4d min %02d s' "$title" $((took / 60)) $((took % 60)))")
+  echo "== $title: $((took / 60)) min $((took % 60)) s"
+}
 
-echo "== Sanitizer build (ASan + UBSan) and tests"
-cmake -S . -B build-asan -DCMAKE_BUILD_TYPE=RelWithDebInfo -DDOVWRITER_SANITIZE=ON \
-      -DDOVWRITER_BUILD_EXAMPLES=OFF >/dev/null
-cmake --build build-asan -j "$jobs"
-(cd build-asan && ASAN_OPTIONS=detect_leaks=1 UBSAN_OPTIONS=print_stacktrace=1 \
-   ctest --output-on-failure -j "$jobs" -LE no-sanitizer)
+dependencies() { bash scripts/deps.sh --tests; }
+
+release() {
+  cmake -S . -B build -DCMAKE_BUILD_TYPE=Release -DDOVWRITER_BUILD_TESTS=ON >/dev/null
+  cmake --build build -j "$jobs"
+  (cd build && ctest --output-on-failure --no-tests=error -j "$jobs")
+}
+
+sanitizers() {
+  cmake -S . -B build-asan -DCMAKE_BUILD_TYPE=RelWithDebInfo -DDOVWRITER_SANITIZE=ON \
+        -DDOVWRITER_BUILD_TESTS=ON -DDOVWRITER_BUILD_EXAMPLES=OFF >/dev/null
+  cmake --build build-asan -j "$jobs"
+  (cd build-asan && ASAN_OPTIONS=detect_leaks=1 UBSAN_OPTIONS=print_stacktrace=1 \
+     ctest --output-on-failure --no-tests=error -j "$jobs" -LE no-sanitizer)
+}
+
+stage "Dependencies" dependencies
+stage "Release build and tests" release
+stage "Sanitizer build (ASan + UBSan) and tests" sanitizers
+
+echo "== Stage times"
+printf '%s\n' "${summary[@]}"
