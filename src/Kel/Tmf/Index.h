@@ -8,6 +8,7 @@
 
 #include <cstdint>
 #include <cstdio>
+#include <functional>
 #include <map>
 #include <memory>
 #include <string>
@@ -106,6 +107,10 @@ class Index {
     encode(put.out);
     if (put.staged) FeedStaged(byteCount);
   }
+  // Told of every data block once it is in the file, with its plain length:
+  // how a long write reports its progress. Index blocks are not reported.
+  std::function<void(const BlockRecord& record, std::uint32_t plainLength)> blockWritten;
+
   // Off, every put is held in its block until the block is written: the
   // plain path, which the compressing one must match byte for byte.
   bool compressWhilePutting = true;

@@ -137,6 +137,7 @@ void Index::WriteBufferToFileStream(std::uint64_t number, std::FILE* stream) {
   }
   block.Release();
   KEL_LOG(1000, WriteBufferMethod, "Buffer " << number << " written to stream.");
+  if (blockWritten) blockWritten(record, plainLength);
 }
 
 void Index::WriteIndexBufferToFileStream(std::uint64_t number, std::FILE* stream) {
