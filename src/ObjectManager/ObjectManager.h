@@ -19,6 +19,7 @@
 #include "Kel/Dov/AttributeMap.h"
 #include "Kel/Dov/Geometry.h"
 #include "Kel/Dov/Tree.h"
+#include "ObjectManager/ArrayView.h"
 
 namespace Kel {
 namespace Dov {
@@ -218,9 +219,14 @@ class ObjectManager : public KelDov::Tree {
   std::uint64_t readLink(std::uint64_t index, const std::string& key);
   LinkList readLinks(std::uint64_t index, const std::string& key);
   std::uint8_t readDimension(std::uint64_t index);
-  // "Array" of an array object; empty for NoObject or another element type.
-  const std::vector<float>& readFloatArray(std::uint64_t index);
-  const std::vector<std::uint32_t>& readIndexArray(std::uint64_t index);
+  // "Array" of an array object, copied or lent; empty for NoObject or
+  // another element type.
+  template <class T>
+  ArrayView<T> readArray(std::uint64_t index);
+  ArrayView<float> readFloatArray(std::uint64_t index) { return readArray<float>(index); }
+  ArrayView<std::uint32_t> readIndexArray(std::uint64_t index) {
+    return readArray<std::uint32_t>(index);
+  }
 
   void addTransformationGroup(std::uint64_t transformation);
   void applySetColours(std::uint64_t set, KelDov::Material& material);

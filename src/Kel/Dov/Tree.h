@@ -65,6 +65,9 @@ class Tree : public KelAdt::Tree<Node*> {
   // offset in the stream; full blocks leave for the file at once.
   std::uint64_t WriteStreamDataset(const std::vector<std::uint32_t>& values, std::uint8_t width);
   std::uint64_t WriteStreamDataset(const std::vector<float>& values, std::uint8_t width);
+  std::uint64_t WriteStreamDataset(const std::uint32_t* values, std::uint64_t count,
+                                   std::uint8_t width);
+  std::uint64_t WriteStreamDataset(const float* values, std::uint64_t count, std::uint8_t width);
   std::uint64_t WriteStreamDataset(const void* values, std::uint64_t count, std::uint8_t width);
 
   // Opens the file and writes its 12-byte head.

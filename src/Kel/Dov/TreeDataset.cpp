@@ -35,6 +35,16 @@ std::uint64_t Tree::WriteStreamDataset(const std::vector<float>& values, std::ui
   return PutDataset(values.data(), values.size(), width);
 }
 
+std::uint64_t Tree::WriteStreamDataset(const std::uint32_t* values, std::uint64_t count,
+                                       std::uint8_t width) {
+  return PutDataset(values, count, width);
+}
+
+std::uint64_t Tree::WriteStreamDataset(const float* values, std::uint64_t count,
+                                       std::uint8_t width) {
+  return PutDataset(values, count, width);
+}
+
 std::uint64_t Tree::WriteStreamDataset(const void* values, std::uint64_t count,
                                        std::uint8_t width) {
   return PutDataset(HostWords{static_cast<const unsigned char*>(values)}, count, width);
