@@ -180,7 +180,8 @@ class ObjectManager : public KelDov::Tree {
   // How closeFile() writes; refused (code 19) once building has started.
   void setWriteOptions(const WriteOptions& options);
   const WriteOptions& writeOptions() const { return options; }
-  // Keeps the host's pointer instead of a copy (same checks as setValues).
+  // Keeps the host's pointer instead of a copy, after the checks of
+  // setValues; the builders read it through an ArrayView.
   template <class T>
   void lendValues(const Identifier& array, const T* values, std::uint64_t count);
   void setDiagnostics(DiagnosticHandler handler, void* user);
@@ -212,6 +213,14 @@ class ObjectManager : public KelDov::Tree {
     GetCurrentNode().value = held;
     return held;
   }
+
+  // The checks of setValues and lendValues: the identifier, the elements
+  // that `count` items of the "Dimension" in force make (std::length_error
+  // where no array could hold them), and a null pointer for any of them
+  // (code 16). Returns the element count.
+  template <class T>
+  std::uint64_t arrayElements(const Identifier& array, const T* values, std::uint64_t count,
+                              const char* method);
 
   // Reads with the defaults of the builders; a value of another type counts
   // as absent.

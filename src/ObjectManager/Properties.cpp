@@ -27,30 +27,51 @@ void ObjectManager::setDimension(const Identifier& object, unsigned char dimensi
 }
 
 template <class T>
-void ObjectManager::setValues(const Identifier& array, const T* values, std::uint64_t count) {
+std::uint64_t ObjectManager::arrayElements(const Identifier& array, const T* values,
+                                           std::uint64_t count, const char* method) {
   validate(array);
   // The width in force now decides how many elements are read; a later
   // setDimension does not reshape what is stored.
   const unsigned char* width = readProperty<unsigned char>(array.second, "Dimension", 1);
-  const std::uint64_t elements = count * (width != nullptr ? *width : 1);
-  std::vector<T> copy;
-  if (elements > copy.max_size()) throw std::length_error("vector<T> too long");
+  const std::uint64_t perItem = width != nullptr ? *width : 1;
+  // No array of more elements than a vector can hold fits in memory,
+  // whether copied or lent; a product that wraps would pass for a small one.
+  const std::uint64_t most = std::vector<T>().max_size();
+  if (perItem != 0 && count > most / perItem) throw std::length_error("vector<T> too long");
+  const std::uint64_t elements = count * perItem;
   if (elements != 0 && values == nullptr)
-    KEL_RAISE(16, "Null array pointer with a non-zero count",
-              "Kel::Dov::ObjectManager::setValues");
+    KEL_RAISE(16, "Null array pointer with a non-zero count", method);
+  return elements;
+}
+
+template <class T>
+void ObjectManager::setValues(const Identifier& array, const T* values, std::uint64_t count) {
+  const std::uint64_t elements =
+      arrayElements(array, values, count, "Kel::Dov::ObjectManager::setValues");
   // One pass over the host's numbers, straight into the vector that the
   // property then takes over (moved, not copied again).
+  std::vector<T> copy;
   Platform::ReserveForFilling(copy, static_cast<std::size_t>(elements));
   if (elements != 0) copy.assign(values, values + elements);
   storeProperty(array.second, "Array", std::move(copy));
+}
+
+template <class T>
+void ObjectManager::lendValues(const Identifier& array, const T* values, std::uint64_t count) {
+  const std::uint64_t elements =
+      arrayElements(array, values, count, "Kel::Dov::ObjectManager::lendValues");
+  // Only the place is kept: the host answers for the memory until the file
+  // is finished or the scene is gone.
+  storeProperty(array.second, "Array", ArrayView<T>(values, elements));
 }
 
 #define DOVWRITER_INSTANTIATE_SET_PROPERTY(T) \
   template void ObjectManager::setProperty<T>(const Identifier&, const char*, T const&);
 DOVWRITER_FOR_EACH_SHARED_VALUE_TYPE(DOVWRITER_INSTANTIATE_SET_PROPERTY)
 
-#define DOVWRITER_INSTANTIATE_SET_VALUES(T) \
-  template void ObjectManager::setValues<T>(const Identifier&, T const*, std::uint64_t);
+#define DOVWRITER_INSTANTIATE_SET_VALUES(T)                                            \
+  template void ObjectManager::setValues<T>(const Identifier&, T const*, std::uint64_t); \
+  template void ObjectManager::lendValues<T>(const Identifier&, T const*, std::uint64_t);
 DOVWRITER_FOR_EACH_SHARED_ARRAY_TYPE(DOVWRITER_INSTANTIATE_SET_VALUES)
 
 }  // namespace Dov

@@ -2,14 +2,18 @@
 // is written, lent arrays, and where diagnostics go.
 
 #include "Kel/Util/Raise.h"
-#include "ObjectManager/ElementTypes.h"
 #include "ObjectManager/ObjectManager.h"
 
 namespace Kel {
 namespace Dov {
 
 namespace {
+
 const char* const SetWriteOptionsMethod = "Kel::Dov::ObjectManager::setWriteOptions";
+const std::uint32_t SmallestBlockBytes = 4u << 10;
+const std::uint32_t LargestBlockBytes = 1u << 30;
+const unsigned MostThreads = 1024;
+
 }  // namespace
 
 void ObjectManager::setWriteOptions(const WriteOptions& requested) {
@@ -21,24 +25,19 @@ void ObjectManager::setWriteOptions(const WriteOptions& requested) {
     KEL_RAISE(16, "setWriteOptions: unknown encoding", SetWriteOptionsMethod);
   if (requested.encoding == Encoding::Fast && (requested.level < 1 || requested.level > 12))
     KEL_RAISE(16, "setWriteOptions: the Fast level must lie in 1..12", SetWriteOptionsMethod);
+  if (requested.blockBytes != 0 &&
+      (requested.blockBytes < SmallestBlockBytes || requested.blockBytes > LargestBlockBytes))
+    KEL_RAISE(16, "setWriteOptions: blockBytes must be 0 or lie in 4 KiB..1 GiB",
+              SetWriteOptionsMethod);
+  if (requested.threads > MostThreads)
+    KEL_RAISE(16, "setWriteOptions: at most 1024 threads", SetWriteOptionsMethod);
   options = requested;
-}
-
-template <class T>
-void ObjectManager::lendValues(const Identifier& array, const T* values, std::uint64_t count) {
-  // Until arrays can be held by reference, a lent array is copied like any
-  // other: the file is the same, only the memory is not saved yet.
-  setValues(array, values, count);
 }
 
 void ObjectManager::setDiagnostics(DiagnosticHandler handler, void* user) {
   diagnosticHandler = handler;
   diagnosticUser = handler != nullptr ? user : nullptr;
 }
-
-#define DOVWRITER_INSTANTIATE_LEND_VALUES(T) \
-  template void ObjectManager::lendValues<T>(const Identifier&, T const*, std::uint64_t);
-DOVWRITER_FOR_EACH_SHARED_ARRAY_TYPE(DOVWRITER_INSTANTIATE_LEND_VALUES)
 
 }  // namespace Dov
 }  // namespace Kel
