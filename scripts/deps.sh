@@ -3,7 +3,7 @@
 # something is missing. Run as root on a bare machine; harmless elsewhere.
 set -euo pipefail
 
-packages=(cmake g++ make pkg-config zlib1g-dev libboost-dev libgtest-dev googletest)
+packages=(cmake g++ make pkg-config zlib1g-dev libdeflate-dev libboost-dev libgtest-dev googletest)
 if [ "${1:-}" = "--tests" ]; then
   # An independent VTK reader checks the files that dovinspect exports.
   packages+=(python3-vtk9 python3-numpy)

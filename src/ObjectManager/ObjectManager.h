@@ -180,6 +180,9 @@ class ObjectManager : public KelDov::Tree {
   // How closeFile() writes; refused (code 19) once building has started.
   void setWriteOptions(const WriteOptions& options);
   const WriteOptions& writeOptions() const { return options; }
+  // Sets the file's index to write as the options say; the sequential
+  // write, without threads, where they ask for nothing else.
+  void startParallelWrite();
   // Keeps the host's pointer instead of a copy, after the checks of
   // setValues; the builders read it through an ArrayView.
   template <class T>

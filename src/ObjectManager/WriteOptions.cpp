@@ -1,6 +1,8 @@
 // The options a host of the third interface version may set: how the file
 // is written, lent arrays, and where diagnostics go.
 
+#include <thread>
+
 #include "Kel/Util/Raise.h"
 #include "ObjectManager/ObjectManager.h"
 
@@ -10,9 +12,18 @@ namespace Dov {
 namespace {
 
 const char* const SetWriteOptionsMethod = "Kel::Dov::ObjectManager::setWriteOptions";
+// Fast blocks: small enough that every thread gets many, large enough that
+// zlib's window and the index entry per block cost nothing.
+const std::uint32_t DefaultFastBlockBytes = 8u << 20;
 const std::uint32_t SmallestBlockBytes = 4u << 10;
 const std::uint32_t LargestBlockBytes = 1u << 30;
 const unsigned MostThreads = 1024;
+
+unsigned ThreadsToUse(unsigned requested) {
+  if (requested != 0) return requested;
+  const unsigned hardware = std::thread::hardware_concurrency();
+  return hardware != 0 ? hardware : 1;
+}
 
 }  // namespace
 
@@ -32,6 +43,20 @@ void ObjectManager::setWriteOptions(const WriteOptions& requested) {
   if (requested.threads > MostThreads)
     KEL_RAISE(16, "setWriteOptions: at most 1024 threads", SetWriteOptionsMethod);
   options = requested;
+}
+
+void ObjectManager::startParallelWrite() {
+  const unsigned threads = ThreadsToUse(options.threads);
+  const bool fast = options.encoding == Encoding::Fast;
+  // One thread and exact blocks: the sequential write, untouched.
+  if (threads == 1 && !fast) return;
+  KelTmf::BlockCoding coding;
+  coding.fast = fast;
+  coding.level = fast ? options.level : 6;
+  file.index.StartParallel(threads, coding, file.stream);
+  if (fast)
+    file.index.CutEvenly(KelDov::HeavyDataStream,
+                         options.blockBytes != 0 ? options.blockBytes : DefaultFastBlockBytes);
 }
 
 void ObjectManager::setDiagnostics(DiagnosticHandler handler, void* user) {

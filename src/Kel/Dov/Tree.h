@@ -78,6 +78,14 @@ class Tree : public KelAdt::Tree<Node*> {
   void SaveTree(KelTmf::TmFile& file);
   void SaveGlobalInfo(KelTmf::TmFile& file, const std::string& comment);
 
+  // Dates the file at `time` (seconds since 1970) instead of the moment
+  // of the save: two writes of one scene then give the same bytes, which
+  // is how tests compare ways of writing.
+  void PinCreationTime(std::int64_t time) {
+    creationTime = time;
+    creationTimePinned = true;
+  }
+
   KelTmf::TmFile& GetFile() { return file; }
   GlobalInformation& GetInformation() { return information; }
   const std::string& GetFormatVersion() const { return formatVersion; }
@@ -99,6 +107,8 @@ class Tree : public KelAdt::Tree<Node*> {
   GlobalInformation information;
   KelTmf::TmFile file;
   std::vector<std::shared_ptr<void>> sharedList;
+  std::int64_t creationTime = 0;
+  bool creationTimePinned = false;
 };
 
 // The framed records of a list of global information, whole in one block.

@@ -3,6 +3,7 @@
 #include <DovWriter/Scene.h>
 
 #include "Kel/Log/Log.h"
+#include "Kel/Log/OrderedLog.h"
 
 namespace Kel {
 namespace Log {
@@ -78,7 +79,10 @@ void TraceToFile(const char* path) {
   logger.SetFilter(kTracePublisherName, kTraceFilterName);
 }
 
-void Publish(const Kel::Util::LogRecord& record) { Logger::Instance().Publish(record); }
+void Publish(const Kel::Util::LogRecord& record) {
+  if (OrderedLog::Hold(record)) return;
+  Logger::Instance().Publish(record);
+}
 
 bool Active() { return Logger::HasRoutes(); }
 

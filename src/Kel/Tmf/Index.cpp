@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstdlib>
 
+#include "Kel/Tmf/BlockPipeline.h"
 #include "Kel/Tmf/DeflatingBlock.h"
 #include "Kel/Util/Raise.h"
 
@@ -21,6 +22,7 @@ bool BeginsWith(const std::string& name, const std::string& prefix) {
 Index::Index() = default;
 
 Index::~Index() {
+  StopParallel();
   for (Block& block : blocks) block.Release();
   staging.Release();
 }
