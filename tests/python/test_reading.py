@@ -41,6 +41,9 @@ def test_demo_values(plate):
         assert tip == pytest.approx(-2 * 0.5)  # every set holds the results of all nodes
         full, tenth = (np.abs(flange.read("Stress", Load=v)).max() for v in (1, 0.1))
         assert full == pytest.approx(10 * tenth, rel=1e-5)
+        # Values match as the library writes them: 0.1 * 3 is "0.3" there.
+        np.testing.assert_array_equal(flange.read("Stress", Load=0.1 * 3),
+                                      flange.read("Stress", Load="0.3"))
 
 
 def test_lookup_mistakes_say_what_exists(plate):

@@ -22,8 +22,8 @@ def test_round_trip(tmp_path):
                                           given[("T", t)].astype(np.float32))
             np.testing.assert_array_equal(g.read("Displacement", Time=t), given[("U", t)])
         # Scaled by 2, a quarter turn about z, then moved by (1, 2, 3).
-        corner = g.matrix @ [1, 0, 0, 1]
-        np.testing.assert_allclose(corner, [1, 4, 3, 1], atol=1e-6)
+        corner = g.matrix @ [1, 1, 0, 1]
+        np.testing.assert_allclose(corner, [-1, 4, 3, 1], atol=1e-6)
         assert f.verify() == []
 
 
