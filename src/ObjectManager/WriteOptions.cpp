@@ -12,9 +12,10 @@ namespace Dov {
 namespace {
 
 const char* const SetWriteOptionsMethod = "Kel::Dov::ObjectManager::setWriteOptions";
-// Fast blocks: small enough that every thread gets many, large enough that
-// zlib's window and the index entry per block cost nothing.
-const std::uint32_t DefaultFastBlockBytes = 8u << 20;
+// Fast blocks: 4 MiB compress as well as larger ones (within 0.03 %) and as
+// fast as any from 1 to 8 MiB, give every thread many blocks to share, and
+// keep the memory of the blocks in flight small (see the README's table).
+const std::uint32_t DefaultFastBlockBytes = 4u << 20;
 const std::uint32_t SmallestBlockBytes = 4u << 10;
 const std::uint32_t LargestBlockBytes = 1u << 30;
 const unsigned MostThreads = 1024;

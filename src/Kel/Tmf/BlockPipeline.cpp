@@ -58,12 +58,13 @@ void BlockPipeline::WorkerLoop() {
 }
 
 void BlockPipeline::Run(Task& task, BlockCoder& coder, std::unique_lock<std::mutex>& lock) {
-  // Fast blocks are small and all alike: their stored form fills a buffer
-  // that served before. An exact block's is fresh, and no larger than zlib
-  // makes it, since a spare the size of a whole block would stay resident.
-  if (coding.fast && !spare.empty()) {
-    task.stored = std::move(spare.back());
-    spare.pop_back();
+  // The stored form fills a buffer that served one before, where there is
+  // one: fresh memory costs more to fill than memory used before. Stored
+  // forms keep buffers of their own, which are touched only as far as
+  // compression fills them.
+  if (!storedSpare.empty()) {
+    task.stored = std::move(storedSpare.back());
+    storedSpare.pop_back();
   }
   lock.unlock();
   std::exception_ptr error;
@@ -74,7 +75,7 @@ void BlockPipeline::Run(Task& task, BlockCoder& coder, std::unique_lock<std::mut
   }
   lock.lock();
   // The plain bytes have served; the next block may fill their buffer.
-  KeepSpare(std::move(task.plain));
+  KeepSpare(plainSpare, std::move(task.plain));
   task.done = true;
   if (error && !failure) {
     failure = error;
@@ -130,7 +131,7 @@ void BlockPipeline::WriteReady() {
       writer(block);
     }
     std::lock_guard<std::mutex> lock(mutex);
-    if (coding.fast) KeepSpare(std::move(task.stored));
+    KeepSpare(storedSpare, std::move(task.stored));
     inFlight.pop_front();
   }
 }
@@ -171,11 +172,11 @@ void BlockPipeline::ThrowIfFailed() {
 Buffer BlockPipeline::TakeBuffer(std::uint64_t capacity) {
   {
     std::lock_guard<std::mutex> lock(mutex);
-    for (Buffer& buffer : spare) {
+    for (Buffer& buffer : plainSpare) {
       if (buffer.capacity() < capacity) continue;
       Buffer taken = std::move(buffer);
-      std::swap(buffer, spare.back());
-      spare.pop_back();
+      std::swap(buffer, plainSpare.back());
+      plainSpare.pop_back();
       return taken;
     }
   }
@@ -184,10 +185,10 @@ Buffer BlockPipeline::TakeBuffer(std::uint64_t capacity) {
   return fresh;
 }
 
-void BlockPipeline::KeepSpare(Buffer buffer) {
-  // Enough for every thread and the host's next block; more would only
-  // hold memory that nothing is going to fill.
-  if (buffer.data() != nullptr && spare.size() <= threads) spare.push_back(std::move(buffer));
+void BlockPipeline::KeepSpare(std::vector<Buffer>& spare, Buffer buffer) {
+  // One for each block in flight; more would only hold memory that nothing
+  // is going to fill.
+  if (buffer.data() != nullptr && spare.size() < threads) spare.push_back(std::move(buffer));
 }
 
 }  // namespace KelTmf

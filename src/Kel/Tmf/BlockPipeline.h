@@ -77,7 +77,7 @@ class BlockPipeline {
   // Throws the first failure on the host's thread; `lock` is held.
   void ThrowIfFailed();
   bool FrontDone() const;
-  void KeepSpare(Buffer buffer);
+  void KeepSpare(std::vector<Buffer>& spare, Buffer buffer);
 
   const unsigned threads;
   const BlockCoding coding;
@@ -90,7 +90,8 @@ class BlockPipeline {
   std::condition_variable taskDone;     // for the host
   std::deque<std::unique_ptr<Task>> inFlight;  // in file order
   std::deque<Task*> waiting;                   // not begun yet
-  std::vector<Buffer> spare;
+  std::vector<Buffer> plainSpare;   // for the blocks the host fills
+  std::vector<Buffer> storedSpare;  // for what compression makes
   std::exception_ptr failure;
   bool stopping = false;
   std::atomic<bool> cancelled{false};
