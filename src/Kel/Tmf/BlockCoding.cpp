@@ -32,9 +32,13 @@ const std::uint64_t Slice = std::uint64_t(4) << 20;
   throw Kel::Util::Exception(15, "Compression failed", __FILE__, __LINE__, CompressMethod);
 }
 
-// `stored` with room for the head and `bound` bytes of stream.
+// `stored` with room for the head and `bound` bytes of stream. A new buffer
+// gets an eighth more, so that it serves the next blocks too, which differ
+// in size a little; only the bytes compression writes take memory.
 void MakeRoom(Buffer& stored, std::uint64_t bound) {
-  if (stored.capacity() < HeadBytes + bound) stored = Buffer::Allocate(HeadBytes + bound);
+  if (stored.capacity() >= HeadBytes + bound) return;
+  stored = Buffer();
+  stored = Buffer::Allocate(HeadBytes + bound + bound / 8);
 }
 
 }  // namespace
@@ -49,9 +53,8 @@ Buffer::Buffer(Buffer&& other) noexcept : bytes(other.bytes), room(other.room) {
 Buffer& Buffer::operator=(Buffer&& other) noexcept {
   if (this != &other) {
     std::free(bytes);
-    bytes = other.Release();
     room = other.room;
-    other.room = 0;
+    bytes = other.Release();
   }
   return *this;
 }
