@@ -32,20 +32,24 @@ ModelFile::ModelFile(const std::string& path)
       heavy_(container_, path) {}
 
 std::string ModelFile::PathOf(std::uint32_t entryId) const {
-  std::string path;
-  for (std::uint32_t id = entryId; id != 0; id = scene_.Record(id).parent) {
+  // Collected from the entry up, as far as can be shown, so that the walk
+  // stops early in a deep tree. Empty names at the entry's end of the path
+  // add no separator.
+  const std::size_t room = kMaxShownPath - 3;  // for "..."
+  std::vector<const std::string*> names;
+  std::size_t length = 0;
+  std::uint32_t id = entryId;
+  for (; id != 0; id = scene_.Record(id).parent) {
     const std::string& name = scene_.Record(id).name;
-    path = path.empty() ? name : name + "/" + path;
+    if (length + name.size() + 1 > room) break;
+    length += name.size() + 1;
+    if (!names.empty() || !name.empty()) names.push_back(&name);
   }
+  if (id == entryId) return "..." + scene_.Record(id).name.substr(scene_.Record(id).name.size() - room);
+  std::string path = id == 0 ? "" : "...";
+  for (auto name = names.rbegin(); name != names.rend(); ++name)
+    path += (name == names.rbegin() && id == 0 ? "" : "/") + **name;
   return path;
-}
-
-int ModelFile::DepthOf(std::uint32_t entryId) const {
-  int depth = 0;
-  for (std::uint32_t id = scene_.Record(entryId).parent; id != 0; id = scene_.Record(id).parent) {
-    ++depth;
-  }
-  return depth;
 }
 
 std::vector<GeometryInfo> ModelFile::Geometries() const {

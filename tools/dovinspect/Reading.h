@@ -15,6 +15,8 @@
 
 namespace DovInspect {
 
+const std::size_t kMaxShownPath = 4096;
+
 class ModelFile : public ValueSource {
  public:
   // Throws DovReader::ReadError if the container or the scene is unreadable.
@@ -26,9 +28,11 @@ class ModelFile : public ValueSource {
   const DovReader::Container& Container() const { return container_; }
   const DovReader::Scene& Scene() const { return scene_; }
 
-  // Names from the root down to the entry, joined by '/'.
+  // Names from the root down to the entry, joined by '/'. A path longer
+  // than kMaxShownPath bytes shows only its end, behind ".../", so that the
+  // paths of a deep tree take space in proportion to its entries.
   std::string PathOf(std::uint32_t entryId) const;
-  int DepthOf(std::uint32_t entryId) const;
+  std::uint32_t DepthOf(std::uint32_t entryId) const { return scene_.Depth(entryId); }
   std::vector<GeometryInfo> Geometries() const;
 
   std::vector<std::uint32_t> Words(std::uint32_t entryId, std::size_t variableIndex) override;
