@@ -85,7 +85,9 @@ class Container {
   // Checks an index block and returns its entries; empty if the chain
   // cannot be followed (the reason is recorded as fatal).
   std::vector<unsigned char> ReadChainedIndex(const BlockInfo& block);
-  void CheckEntry(const BlockInfo& block, std::uint32_t nameSize, std::uint8_t reserved);
+  // `nameFieldPadded`: only zero bytes behind the name in its field.
+  void CheckEntry(const BlockInfo& block, std::uint32_t nameSize, std::uint8_t reserved,
+                  bool nameFieldPadded);
   std::vector<const BlockInfo*> StreamBlocks(const std::string& name) const;
   // The length before compression, from the block's first four bytes.
   std::uint64_t PlainLength(const BlockInfo& block) const;
