@@ -28,8 +28,7 @@ VariableInfo Describe(const DovReader::Scene& scene, std::uint32_t entryId, std:
 ModelFile::ModelFile(const std::string& path)
     : path_(path),
       container_(DovReader::Container::Open(path)),
-      scene_(DovReader::Scene::Read(container_)),
-      heavy_(container_, path) {}
+      scene_(DovReader::Scene::Read(container_)) {}
 
 std::string ModelFile::PathOf(std::uint32_t entryId) const {
   // Collected from the entry up, as far as can be shown, so that the walk
@@ -74,7 +73,8 @@ std::vector<std::uint32_t> ModelFile::Words(std::uint32_t entryId, std::size_t v
   if (holder.byteSize % 4 != 0) {
     throw ToolError("variable '" + holder.name + "' has a byte size that is no multiple of 4");
   }
-  std::vector<unsigned char> bytes = heavy_.Range(holder.offset, holder.byteSize);
+  std::vector<unsigned char> bytes =
+      container_.ReadStreamRange("Heavy Data", holder.offset, holder.byteSize);
   return DovReader::DecodeDataset(bytes.data(), holder.byteSize, holder.width);
 }
 

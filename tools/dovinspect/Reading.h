@@ -3,12 +3,12 @@
 
 // A model file opened for the commands: the container, the scene read from
 // it, and the geometries in the form the commands use. Values are fetched
-// one variable at a time, so that "Heavy Data" is never inflated whole.
+// one variable at a time, so that "Heavy Data" is never inflated whole; the
+// container keeps the last block it inflated for the next variable.
 
 #include <string>
 #include <vector>
 
-#include "HeavyData.h"
 #include "Model.h"
 #include "reader/Container.h"
 #include "reader/Scene.h"
@@ -41,7 +41,6 @@ class ModelFile : public ValueSource {
   std::string path_;
   DovReader::Container container_;
   DovReader::Scene scene_;
-  HeavyData heavy_;
 };
 
 // The geometries that `selector` names: "#<entry id>", a path, or a path
