@@ -12,9 +12,10 @@
 #include <vector>
 
 #include "reader/Container.h"
-#include "reader/SceneCursor.h"
 
 namespace DovReader {
+
+class SceneCursor;
 
 // One entry of a stored attribute map. `word` holds kinds 0 and 1,
 // `longWord` kind 3, `text` kind 2; other kinds carry no value.

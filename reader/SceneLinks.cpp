@@ -7,6 +7,7 @@
 
 #include "reader/LinkChains.h"
 #include "reader/Scene.h"
+#include "reader/SceneCursor.h"
 
 namespace DovReader {
 
@@ -39,23 +40,33 @@ void Scene::AddRecord(TreeRecord record, const SceneCursor& tree) {
   records.push_back(std::move(record));
 }
 
-// Children are linked in the order of creation, which is the order of ids.
+// Children are linked in the order of creation, which is the order of ids:
+// each entry must be the next sibling of the child of its parent met before
+// it, or else the parent's first child.
 void Scene::CheckSiblingLinks() const {
   if (records.empty()) return;
-  std::vector<std::vector<std::uint32_t>> children(records.size());
-  for (std::size_t i = 1; i < records.size(); ++i)
-    children[IndexOf(records[i].parent)].push_back(records[i].id);
-  ExpectLink(records.front(), "previous sibling", records.front().previousSibling, 0);
-  ExpectLink(records.front(), "next sibling", records.front().nextSibling, 0);
+  const TreeRecord& root = records.front();
+  ExpectLink(root, "previous sibling", root.previousSibling, 0);
+  ExpectLink(root, "next sibling", root.nextSibling, 0);
+  std::vector<std::uint32_t> lastChildren(records.size(), 0);  // met so far, by record index
+  for (std::size_t i = 1; i < records.size(); ++i) {
+    const TreeRecord& child = records[i];
+    const std::size_t parent = IndexOf(child.parent);
+    const std::uint32_t previous = lastChildren[parent];
+    ExpectLink(child, "previous sibling", child.previousSibling, previous);
+    if (previous == 0)
+      ExpectLink(records[parent], "first child", records[parent].firstChild, child.id);
+    else
+      ExpectLink(Record(previous), "next sibling", Record(previous).nextSibling, child.id);
+    lastChildren[parent] = child.id;
+  }
   for (std::size_t i = 0; i < records.size(); ++i) {
-    const std::vector<std::uint32_t>& list = children[i];
-    ExpectLink(records[i], "first child", records[i].firstChild, list.empty() ? 0 : list.front());
-    ExpectLink(records[i], "last child", records[i].lastChild, list.empty() ? 0 : list.back());
-    for (std::size_t k = 0; k < list.size(); ++k) {
-      const TreeRecord& child = records[IndexOf(list[k])];
-      ExpectLink(child, "previous sibling", child.previousSibling, k == 0 ? 0 : list[k - 1]);
-      ExpectLink(child, "next sibling", child.nextSibling, k + 1 == list.size() ? 0 : list[k + 1]);
-    }
+    const std::uint32_t last = lastChildren[i];
+    ExpectLink(records[i], "last child", records[i].lastChild, last);
+    if (last == 0)
+      ExpectLink(records[i], "first child", records[i].firstChild, 0);
+    else
+      ExpectLink(Record(last), "next sibling", Record(last).nextSibling, 0);
   }
 }
 
