@@ -10,8 +10,8 @@
 #include <limits>
 #include <new>
 #include <sstream>
-#include <type_traits>
 #include <stdexcept>
+#include <type_traits>
 #include <unordered_set>
 #include <vector>
 
@@ -33,15 +33,19 @@ const std::size_t kMaxOperations = 400;
 const std::size_t kMaxTupleSize = 255;
 const unsigned kMaxTuples = 12;
 
-const ObjectType kTypes[] = {ArrayObject,  MaterialObject, TransformationObject, ElementSetObject,
-                             InstanceGroupObject, GeometryObject, ShapeObject, GroupObject,
-                             MeshObject, static_cast<ObjectType>(77)};
-const char* const kNames[] = {"",           "A",          "B",        "X",
-                              "Bad",        "Time",       "Stress",   "Coordinates",
-                              "Connectivity", "Polylength", "Node Ids", "\x1E",
-                              "\x1DX",      "Link.a",     "Category", "Vibration"};
-const float kFloatPool[] = {0.0f, 1.0f, -1.0f, 0.5f, 2.0f, 1e30f, -0.0f,
-                         std::numeric_limits<float>::infinity()};
+const ObjectType kTypes[] = {ArrayObject,          MaterialObject,
+                             TransformationObject, ElementSetObject,
+                             InstanceGroupObject,  GeometryObject,
+                             ShapeObject,          GroupObject,
+                             MeshObject,           static_cast<ObjectType>(77)};
+const char* const kNames[] = {"",           "A",           "B",
+                              "X",          "Bad",         "Time",
+                              "Stress",     "Coordinates", "Connectivity",
+                              "Polylength", "Node Ids",    "\x1E",
+                              "\x1DX",      "Link.a",      "Category",
+                              "Vibration"};
+const float kFloatPool[] = {0.0f, 1.0f,  -1.0f, 0.5f,
+                            2.0f, 1e30f, -0.0f, std::numeric_limits<float>::infinity()};
 
 template <class T, std::size_t N>
 const T& Choose(const T (&list)[N], std::uint8_t byte) {
@@ -72,9 +76,11 @@ class Interpreter {
   std::uint8_t Byte() { return at < size ? data[at++] : 0; }
   const char* Name() { return Choose(kNames, Byte()); }
 
+  // 255 names no scene, 254 an object beyond this scene's table.
   Identifier Obj() {
     const std::uint8_t byte = Byte();
     if (objects.empty() || byte == 255) return Identifier{0xDEADBEEF, byte};
+    if (byte == 254) return Identifier{objects.front().first, objects.size() + 1000};
     return objects[byte % objects.size()];
   }
 
@@ -120,10 +126,19 @@ class Interpreter {
   void Call(ApiOp op) {
     switch (op) {
       case kCreate:
-        if (objects.size() < kMaxObjects) objects.push_back(scene.createObject(Choose(kTypes, Byte())));
+        if (objects.size() < kMaxObjects)
+          objects.push_back(scene.createObject(Choose(kTypes, Byte())));
         break;
-      case kName: { const Identifier object = Obj(); scene.setName(object, Name()); break; }
-      case kDimension: { const Identifier object = Obj(); scene.setDimension(object, Byte()); break; }
+      case kName: {
+        const Identifier object = Obj();
+        scene.setName(object, Name());
+        break;
+      }
+      case kDimension: {
+        const Identifier object = Obj();
+        scene.setDimension(object, Byte());
+        break;
+      }
       case kFloats: Floats(); break;
       case kWords: Words(); break;
       case kOtherValues: OtherValues(); break;
@@ -140,7 +155,11 @@ class Interpreter {
         scene.removeComponent(parent, Byte());
         break;
       }
-      case kMaterial: { const Identifier object = Obj(); scene.setMaterial(object, Obj()); break; }
+      case kMaterial: {
+        const Identifier object = Obj();
+        scene.setMaterial(object, Obj());
+        break;
+      }
       case kAppearance: Appearance(); break;
       case kProperty: Property(); break;
       case kDefaultViews: scene.createDefaultViews(Obj()); break;
@@ -225,18 +244,24 @@ class Interpreter {
     const Identifier mesh = Obj();
     if (!perValue) {
       const Identifier array = Obj();
-      if (data == Data::Coordinates) scene.setCoordinates(mesh, array);
-      else if (data == Data::NodeIndices) scene.setNodeIndices(mesh, array);
-      else scene.setElementIndices(mesh, array);
+      if (data == Data::Coordinates)
+        scene.setCoordinates(mesh, array);
+      else if (data == Data::NodeIndices)
+        scene.setNodeIndices(mesh, array);
+      else
+        scene.setElementIndices(mesh, array);
       return;
     }
     const Identifier group = Obj();
     WithValue([&](const auto& value) {
       using T = std::decay_t<decltype(value)>;
       const Identifier array = Obj();
-      if (data == Data::Coordinates) scene.setCoordinates<T>(mesh, group, value, array);
-      else if (data == Data::NodeIndices) scene.setNodeIndices<T>(mesh, group, value, array);
-      else scene.setElementIndices<T>(mesh, group, value, array);
+      if (data == Data::Coordinates)
+        scene.setCoordinates<T>(mesh, group, value, array);
+      else if (data == Data::NodeIndices)
+        scene.setNodeIndices<T>(mesh, group, value, array);
+      else
+        scene.setElementIndices<T>(mesh, group, value, array);
     });
   }
 
@@ -245,16 +270,20 @@ class Interpreter {
     const Identifier mesh = Obj();
     if (form < 2) {
       const Identifier array = Obj();
-      if (form == 0) scene.setConnectivity(mesh, array);
-      else scene.setConnectivity(mesh, array, Obj());
+      if (form == 0)
+        scene.setConnectivity(mesh, array);
+      else
+        scene.setConnectivity(mesh, array, Obj());
       return;
     }
     const Identifier group = Obj();
     WithValue([&](const auto& value) {
       using T = std::decay_t<decltype(value)>;
       const Identifier array = Obj();
-      if (form == 2) scene.setConnectivity<T>(mesh, group, value, array);
-      else scene.setConnectivity<T>(mesh, group, value, array, Obj());
+      if (form == 2)
+        scene.setConnectivity<T>(mesh, group, value, array);
+      else
+        scene.setConnectivity<T>(mesh, group, value, array, Obj());
     });
   }
 
@@ -264,16 +293,24 @@ class Interpreter {
     const auto type = [&] { return static_cast<VariableType>(Byte() % 5); };
     if (form < 2) {
       const char* name = Name();
-      if (form == 0) scene.setResult(mesh, name, Obj());
-      else { const VariableType t = type(); scene.setResult(mesh, name, t, Obj()); }
+      if (form == 0)
+        scene.setResult(mesh, name, Obj());
+      else {
+        const VariableType t = type();
+        scene.setResult(mesh, name, t, Obj());
+      }
       return;
     }
     const Identifier group = Obj();
     WithValue([&](const auto& value) {
       using T = std::decay_t<decltype(value)>;
       const char* name = Name();
-      if (form == 2) scene.setResult<T>(mesh, group, value, name, Obj());
-      else { const VariableType t = type(); scene.setResult<T>(mesh, group, value, name, t, Obj()); }
+      if (form == 2)
+        scene.setResult<T>(mesh, group, value, name, Obj());
+      else {
+        const VariableType t = type();
+        scene.setResult<T>(mesh, group, value, name, t, Obj());
+      }
     });
   }
 
@@ -287,7 +324,10 @@ class Interpreter {
     const Identifier group = Obj();
     WithValue([&](const auto& value) {
       using T = std::decay_t<decltype(value)>;
-      if (form == 1) { scene.addElementSet<T>(mesh, group, value, Obj()); return; }
+      if (form == 1) {
+        scene.addElementSet<T>(mesh, group, value, Obj());
+        return;
+      }
       const char* name = Name();
       scene.addElementSet<T>(mesh, group, value, name, Obj());
     });
@@ -296,8 +336,10 @@ class Interpreter {
   void Component() {
     const bool transformed = Byte() % 2;
     const Identifier parent = Obj(), child = Obj();
-    if (transformed) scene.addComponent(parent, child, Obj());
-    else scene.addComponent(parent, child);
+    if (transformed)
+      scene.addComponent(parent, child, Obj());
+    else
+      scene.addComponent(parent, child);
   }
 
   void Appearance() {
@@ -326,9 +368,12 @@ class Interpreter {
     const Identifier object = Obj();
     const char* key = Name();
     const std::uint8_t kind = Byte() % 3, value = Byte();
-    if (kind == 0) scene.setProperty(object, key, int(value));
-    else if (kind == 1) scene.setProperty(object, key, double(value) / 4);
-    else scene.setProperty(object, key, Choose(kNames, value));
+    if (kind == 0)
+      scene.setProperty(object, key, int(value));
+    else if (kind == 1)
+      scene.setProperty(object, key, double(value) / 4);
+    else
+      scene.setProperty(object, key, Choose(kNames, value));
   }
 
   void Information() {
@@ -346,9 +391,16 @@ class Interpreter {
   void SaveTo() {
     switch (Byte() % 4) {
       case 0:
-      case 1: scene.saveTo(path.c_str(), nullptr, false, true); saved = true; break;
-      case 2: scene.saveTo(path.c_str(), nullptr, false, false); saved = true; break;
-      default: scene.saveTo(std::filesystem::path(path).parent_path().c_str(), nullptr, false, true);
+      case 1:
+        scene.saveTo(path.c_str(), nullptr, false, true);
+        saved = true;
+        break;
+      case 2:
+        scene.saveTo(path.c_str(), nullptr, false, false);
+        saved = true;
+        break;
+      default:
+        scene.saveTo(std::filesystem::path(path).parent_path().c_str(), nullptr, false, true);
     }
   }
 

@@ -7,7 +7,7 @@
 // A program is a sequence of operations: one byte names the operation
 // (modulo kOpCount), the bytes behind it are its arguments, as listed; a
 // byte past the end reads as 0. "obj" is one byte that chooses one of the
-// objects created so far (255 gives an identifier of no object), "value"
+// objects created so far (254 and 255 give identifiers of no object), "value"
 // one byte that chooses an instance value of one of several element types,
 // and "name" one byte that chooses a text from a fixed list.
 

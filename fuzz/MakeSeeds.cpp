@@ -45,8 +45,8 @@ Program Triangle() {
 
 Program MeshWithResults() {
   Program p;
-  for (int type : {kGroup, kMesh, kArray, kArray, kArray, kArray, kArray, kInstanceGroup, kArray,
-                   kArray})
+  for (int type :
+       {kGroup, kMesh, kArray, kArray, kArray, kArray, kArray, kInstanceGroup, kArray, kArray})
     p.Op(kCreate, {type});
   p.Op(kDimension, {2, 3}).Op(kFloats, {2, 4, 0, 1});
   p.Op(kWords, {3, 6, 0, 1, 4}).Op(kWords, {4, 2, 3, 0, 0});

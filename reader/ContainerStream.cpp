@@ -149,8 +149,9 @@ std::vector<unsigned char> Container::ReadStreamRange(const std::string& name, s
   const std::vector<StreamPart>& list = Parts(name);
   const std::uint64_t end = offset + length;
   // The first part that ends behind the offset.
-  auto part = std::upper_bound(list.begin(), list.end(), offset,
-                               [](std::uint64_t at, const StreamPart& p) { return at < p.start + p.length; });
+  auto part = std::upper_bound(
+      list.begin(), list.end(), offset,
+      [](std::uint64_t at, const StreamPart& p) { return at < p.start + p.length; });
   std::vector<unsigned char> range;
   for (; part != list.end() && part->start < end; ++part) {
     const std::vector<unsigned char>& plain = KeptPlain(part->block);

@@ -87,7 +87,8 @@ std::size_t Scene::IndexOf(std::uint32_t id) const {
   // Ids ascend, which Read has checked.
   auto found = std::lower_bound(records.begin(), records.end(), id,
                                 [](const TreeRecord& r, std::uint32_t v) { return r.id < v; });
-  if (found != records.end() && found->id == id) return static_cast<std::size_t>(found - records.begin());
+  if (found != records.end() && found->id == id)
+    return static_cast<std::size_t>(found - records.begin());
   throw ReadError("no tree entry with id " + std::to_string(id));
 }
 

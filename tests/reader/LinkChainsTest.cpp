@@ -23,9 +23,9 @@ TEST(LinkChains, EveryLinkIsFollowedOnce) {
 
 TEST(LinkChains, ChainsThatComeBackAreRefused) {
   const std::vector<std::vector<std::size_t>> cyclic = {
-      {0},                  // links to itself
-      {1, 2, 0},            // a ring
-      {NoLink, 2, 3, 4, 2}, // a tail into a ring
+      {0},                   // links to itself
+      {1, 2, 0},             // a ring
+      {NoLink, 2, 3, 4, 2},  // a tail into a ring
   };
   for (const std::vector<std::size_t>& links : cyclic)
     EXPECT_THROW(ResolveChains(links.size(), [&](std::size_t item) { return links[item]; }),

@@ -143,7 +143,8 @@ TEST(SceneErrorTest, InconsistentRecords) {
   expectWith("Dov Tree", [](Bytes& b) { b[93] = 1; }, "has light offset 1");
   expectWith("Dov Tree", [](Bytes& b) { b[48] = 1; }, "do not ascend");
   expectWith("Dov Tree", [](Bytes& b) { b[52] = 2; }, "parent 2, which is not lower");
-  expectWith("Dov Tree", [](Bytes& b) { b[68] = 2; }, "last child 2, but the parent links make it 3");
+  expectWith("Dov Tree", [](Bytes& b) { b[68] = 2; },
+             "last child 2, but the parent links make it 3");
   expectWith("Resources", [](Bytes& b) { b[0] = 3; }, "bad record size 3");
   expectWith("Resources", [](Bytes& b) { b[0] = 80; }, "larger than its size field");
   // The group's map holds "visible" of kind 0; claim kind 1 instead.

@@ -151,9 +151,10 @@ TEST(Verify, EveryCommandRefusesParentLinksThatLoop) {
   const std::string& good = GoodFiles().small;
   // Entry 2 is the plate's group, entry 3 the first of its shapes.
   for (std::uint32_t parent : {2u, 3u}) {
-    const std::string path = Damaged("parent-loop", WithBlockContent(good, Named(good, "Dov Tree"), [&](Bytes& b) {
+    const Bytes damaged = WithBlockContent(good, Named(good, "Dov Tree"), [&](Bytes& b) {
       PutU32(b, ParentFieldOf(b, 2), parent);
-    }));
+    });
+    const std::string path = Damaged("parent-loop", damaged);
     const std::string out = GoodFiles().dir + "/parent-loop-export";
     const std::vector<std::vector<std::string>> commands = {
         {"verify", path}, {"info", path}, {"tree", path}, {"vars", path},

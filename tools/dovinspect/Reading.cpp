@@ -44,7 +44,8 @@ std::string ModelFile::PathOf(std::uint32_t entryId) const {
     length += name.size() + 1;
     if (!names.empty() || !name.empty()) names.push_back(&name);
   }
-  if (id == entryId) return "..." + scene_.Record(id).name.substr(scene_.Record(id).name.size() - room);
+  const std::string& own = scene_.Record(entryId).name;
+  if (id == entryId) return "..." + own.substr(own.size() - room);
   std::string path = id == 0 ? "" : "...";
   for (auto name = names.rbegin(); name != names.rend(); ++name)
     path += (name == names.rbegin() && id == 0 ? "" : "/") + **name;
