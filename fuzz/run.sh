@@ -25,7 +25,7 @@ while [ $# -gt 0 ]; do
     --jobs) jobs=$2; shift 2 ;;
     --bin) bin=$2; shift 2 ;;
     --work) work=$2; shift 2 ;;
-    -h|--help) sed -n '2,17p' "$0" | sed 's/^# \{0,1\}//'; exit 0 ;;
+    -h|--help) awk 'NR > 1 && !/^#/ { exit } NR > 1 { sub(/^# ?/, ""); print }' "$0"; exit 0 ;;
     -*) echo "unknown option $1" >&2; exit 2 ;;
     *) targets+=("$1"); shift ;;
   esac
@@ -66,13 +66,13 @@ for target in "${targets[@]}"; do
   echo "== fuzz_$target: $seconds s, $jobs job(s)"
   if ! "$bin/fuzz_$target" "${fork[@]}" -max_total_time="$seconds" -timeout=30 \
        -rss_limit_mb=2048 -print_final_stats=1 -artifact_prefix="$work/artifacts/$target-" \
-       "$corpus" "fuzz/corpus/$target" 2>"$work/fuzz_$target.log"; then
+       "$corpus" "fuzz/corpus/$target" >"$work/fuzz_$target.log" 2>&1; then
     failed=1
     echo "fuzz_$target found a failure:" >&2
     grep -A40 -m1 -E "^==[0-9]+==ERROR|^\*\*\*|runtime error|deadly signal|Timeout|out-of-memory" \
       "$work/fuzz_$target.log" >&2 || tail -40 "$work/fuzz_$target.log" >&2
   fi
-  grep -E "^stat::number_of_executed_units|^Done [0-9]+ runs" "$work/fuzz_$target.log" | tail -1
+  grep -E "^stat::number_of_executed_units|^#[0-9]+: cov" "$work/fuzz_$target.log" | tail -1 || true
   report+=("$(slowest "$target" "$corpus")")
 done
 printf '%s\n' "${report[@]}"
