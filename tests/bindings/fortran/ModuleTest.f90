@@ -23,6 +23,7 @@ program module_test
   call dov_set_name(scene, mesh, 'Plate   ')
   call dov_get_name(scene, mesh, name)
   call expect(name == 'Plate' .and. len(name) == 5, 'names are trimmed on the way in')
+  deallocate (name)
   call dov_get_type(scene, mesh, type)
   call expect(type == DOV_MESH_OBJECT, 'the type comes back')
 
