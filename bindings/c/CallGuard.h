@@ -9,6 +9,8 @@
 #include <DovWriter/DovWriter.h>
 #include <DovWriter/dovwriter.h>
 
+#include <type_traits>
+
 struct dov_scene {
   dov_scene(const char* title, int version) : version(version), handle(title) {}
 
@@ -42,19 +44,19 @@ int Guard(Work&& work) noexcept {
 Kel::Dov::Scene_V2& HandleOf(dov_scene* scene, int version, const char* function);
 
 template <class Handle>
-constexpr int VersionOf();
+struct VersionOf;
 template <>
-constexpr int VersionOf<Kel::Dov::Scene_V0>() { return 0; }
+struct VersionOf<Kel::Dov::Scene_V0> : std::integral_constant<int, 0> {};
 template <>
-constexpr int VersionOf<Kel::Dov::Scene_V1>() { return 1; }
+struct VersionOf<Kel::Dov::Scene_V1> : std::integral_constant<int, 1> {};
 template <>
-constexpr int VersionOf<Kel::Dov::Scene_V2>() { return 2; }
+struct VersionOf<Kel::Dov::Scene_V2> : std::integral_constant<int, 2> {};
 
 // Runs `work` with the scene's handle seen as the interface `Handle`.
 template <class Handle, class Work>
 int Call(dov_scene* scene, const char* function, Work&& work) noexcept {
   return Guard([&] {
-    Handle& handle = HandleOf(scene, VersionOf<Handle>(), function);
+    Handle& handle = HandleOf(scene, VersionOf<Handle>::value, function);
     work(handle);
   });
 }

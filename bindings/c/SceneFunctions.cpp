@@ -17,16 +17,19 @@ static_assert(Same(DOV_ARRAY_OBJECT, ArrayObject) && Same(DOV_MATERIAL_OBJECT, M
                   Same(DOV_TRANSFORMATION_OBJECT, TransformationObject) &&
                   Same(DOV_ELEMENT_SET_OBJECT, ElementSetObject) &&
                   Same(DOV_INSTANCE_GROUP_OBJECT, InstanceGroupObject) &&
-                  Same(DOV_GEOMETRY_OBJECT, GeometryObject) && Same(DOV_SHAPE_OBJECT, ShapeObject) &&
-                  Same(DOV_GROUP_OBJECT, GroupObject) && Same(DOV_MESH_OBJECT, MeshObject),
+                  Same(DOV_GEOMETRY_OBJECT, GeometryObject) &&
+                  Same(DOV_SHAPE_OBJECT, ShapeObject) && Same(DOV_GROUP_OBJECT, GroupObject) &&
+                  Same(DOV_MESH_OBJECT, MeshObject),
               "object types");
-static_assert(Same(DOV_DIFFUSIVE_COLOR, DiffusiveColor) && Same(DOV_SPECULAR_COLOR, SpecularColor) &&
+static_assert(Same(DOV_DIFFUSIVE_COLOR, DiffusiveColor) &&
+                  Same(DOV_SPECULAR_COLOR, SpecularColor) &&
                   Same(DOV_EMISSIVE_COLOR, EmissiveColor) && Same(DOV_AMBIENT_COLOR, AmbientColor),
               "colour types");
 static_assert(Same(DOV_CELL_MESH, CellMesh) && Same(DOV_LINE_MESH, LineMesh) &&
                   Same(DOV_POINT_MESH, PointMesh),
               "mesh types");
-static_assert(Same(DOV_SCALAR_VARIABLE, ScalarVariable) && Same(DOV_VECTOR_VARIABLE, VectorVariable) &&
+static_assert(Same(DOV_SCALAR_VARIABLE, ScalarVariable) &&
+                  Same(DOV_VECTOR_VARIABLE, VectorVariable) &&
                   Same(DOV_SIX_COMPONENT_VARIABLE_A, SixComponentVariableA) &&
                   Same(DOV_SIX_COMPONENT_VARIABLE_B, SixComponentVariableB),
               "variable types");
@@ -43,8 +46,13 @@ dov_id ToC(const Identifier& id) { return dov_id{id.first, id.second}; }
 // Hands a record of the library to the host's C handler.
 void ForwardDiagnostic(const DiagnosticRecord& record, void* scene) {
   const dov_scene& owner = *static_cast<const dov_scene*>(scene);
-  const dov_diagnostic_record forwarded{static_cast<int32_t>(record.kind), record.code,
-                                        record.object, record.text, record.done, record.total};
+  dov_diagnostic_record forwarded;
+  forwarded.kind = static_cast<int32_t>(record.kind);
+  forwarded.code = record.code;
+  forwarded.object = record.object;
+  forwarded.text = record.text;
+  forwarded.done = record.done;
+  forwarded.total = record.total;
   owner.handler(&forwarded, owner.user);
 }
 
@@ -124,7 +132,8 @@ int dov_create_default_views(dov_scene* scene, dov_id root) {
 }
 
 int dov_set_dimension(dov_scene* scene, dov_id array, uint8_t dimension) {
-  return Call<Scene_V1>(scene, __func__, [&](Scene_V1& s) { s.setDimension(Id(array), dimension); });
+  return Call<Scene_V1>(scene, __func__,
+                        [&](Scene_V1& s) { s.setDimension(Id(array), dimension); });
 }
 
 int dov_set_color_rgba(dov_scene* scene, dov_id object, int32_t type, float red, float green,
@@ -146,11 +155,13 @@ int dov_set_ambient_intensity(dov_scene* scene, dov_id object, float intensity) 
 }
 
 int dov_set_translation(dov_scene* scene, dov_id object, float x, float y, float z) {
-  return Call<Scene_V1>(scene, __func__, [&](Scene_V1& s) { s.setTranslation(Id(object), x, y, z); });
+  return Call<Scene_V1>(scene, __func__,
+                        [&](Scene_V1& s) { s.setTranslation(Id(object), x, y, z); });
 }
 
 int dov_set_rotation(dov_scene* scene, dov_id object, float a, float b, float c, float d) {
-  return Call<Scene_V1>(scene, __func__, [&](Scene_V1& s) { s.setRotation(Id(object), a, b, c, d); });
+  return Call<Scene_V1>(scene, __func__,
+                        [&](Scene_V1& s) { s.setRotation(Id(object), a, b, c, d); });
 }
 
 int dov_set_scale(dov_scene* scene, dov_id object, float x, float y, float z) {
@@ -158,12 +169,14 @@ int dov_set_scale(dov_scene* scene, dov_id object, float x, float y, float z) {
 }
 
 int dov_set_visibility(dov_scene* scene, dov_id object, int visible) {
-  return Call<Scene_V1>(scene, __func__, [&](Scene_V1& s) { s.setVisibility(Id(object), visible != 0); });
+  return Call<Scene_V1>(scene, __func__,
+                        [&](Scene_V1& s) { s.setVisibility(Id(object), visible != 0); });
 }
 
 int dov_set_mesh_type(dov_scene* scene, dov_id object, int32_t type) {
-  return Call<Scene_V1>(scene, __func__,
-                        [&](Scene_V1& s) { s.setMeshType(Id(object), static_cast<MeshType>(type)); });
+  return Call<Scene_V1>(scene, __func__, [&](Scene_V1& s) {
+    s.setMeshType(Id(object), static_cast<MeshType>(type));
+  });
 }
 
 int dov_set_random_colors(dov_scene* scene, dov_id object) {
@@ -171,11 +184,13 @@ int dov_set_random_colors(dov_scene* scene, dov_id object) {
 }
 
 int dov_set_coordinates(dov_scene* scene, dov_id mesh, dov_id array) {
-  return Call<Scene_V1>(scene, __func__, [&](Scene_V1& s) { s.setCoordinates(Id(mesh), Id(array)); });
+  return Call<Scene_V1>(scene, __func__,
+                        [&](Scene_V1& s) { s.setCoordinates(Id(mesh), Id(array)); });
 }
 
 int dov_set_connectivity(dov_scene* scene, dov_id mesh, dov_id array) {
-  return Call<Scene_V1>(scene, __func__, [&](Scene_V1& s) { s.setConnectivity(Id(mesh), Id(array)); });
+  return Call<Scene_V1>(scene, __func__,
+                        [&](Scene_V1& s) { s.setConnectivity(Id(mesh), Id(array)); });
 }
 
 int dov_set_connectivity_polylength(dov_scene* scene, dov_id mesh, dov_id connectivity,
@@ -186,7 +201,8 @@ int dov_set_connectivity_polylength(dov_scene* scene, dov_id mesh, dov_id connec
 }
 
 int dov_set_node_indices(dov_scene* scene, dov_id mesh, dov_id array) {
-  return Call<Scene_V1>(scene, __func__, [&](Scene_V1& s) { s.setNodeIndices(Id(mesh), Id(array)); });
+  return Call<Scene_V1>(scene, __func__,
+                        [&](Scene_V1& s) { s.setNodeIndices(Id(mesh), Id(array)); });
 }
 
 int dov_set_element_indices(dov_scene* scene, dov_id mesh, dov_id array) {
@@ -195,7 +211,8 @@ int dov_set_element_indices(dov_scene* scene, dov_id mesh, dov_id array) {
 }
 
 int dov_set_result(dov_scene* scene, dov_id mesh, const char* name, dov_id array) {
-  return Call<Scene_V1>(scene, __func__, [&](Scene_V1& s) { s.setResult(Id(mesh), name, Id(array)); });
+  return Call<Scene_V1>(scene, __func__,
+                        [&](Scene_V1& s) { s.setResult(Id(mesh), name, Id(array)); });
 }
 
 int dov_set_result_typed(dov_scene* scene, dov_id mesh, const char* name, int32_t type,
@@ -230,15 +247,17 @@ int dov_remove_component(dov_scene* scene, dov_id parent, uint64_t component) {
 }
 
 int dov_set_material(dov_scene* scene, dov_id object, dov_id material) {
-  return Call<Scene_V1>(scene, __func__, [&](Scene_V1& s) { s.setMaterial(Id(object), Id(material)); });
+  return Call<Scene_V1>(scene, __func__,
+                        [&](Scene_V1& s) { s.setMaterial(Id(object), Id(material)); });
 }
 
 int dov_write_options_init(dov_write_options* options) {
   const char* const function = __func__;
   return DovC::Guard([&] {
     const WriteOptions defaults;
-    ResultPlace(options, function) = dov_write_options{
-        defaults.threads, static_cast<int32_t>(defaults.encoding), defaults.level, defaults.blockBytes};
+    ResultPlace(options, function) =
+        dov_write_options{defaults.threads, static_cast<int32_t>(defaults.encoding), defaults.level,
+                          defaults.blockBytes};
   });
 }
 

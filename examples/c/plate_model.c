@@ -65,7 +65,8 @@ static dov_id make_plate(float* nodes) {
   static const struct {
     const char* name;
     float red, green, blue;
-  } parts[] = {{"Flange", 0.85f, 0.25f, 0.20f}, {"Web", 0.60f, 0.60f, 0.65f}, {"Boss", 0.20f, 0.40f, 0.85f}};
+  } parts[] = {
+      {"Flange", 0.85f, 0.25f, 0.20f}, {"Web", 0.60f, 0.60f, 0.65f}, {"Boss", 0.20f, 0.40f, 0.85f}};
   unsigned i, j, p;
   size_t cell, q = 0;
   dov_id plate;
@@ -139,7 +140,8 @@ static void add_results(dov_id plate, const float* nodes) {
                                       DOV_VECTOR_VARIABLE, u));
     s = float_array(stress, nodeCount, 1);
     check(dov_set_property_text(scene, s, "Unit", "MPa"));
-    check(dov_set_result_typed_at_f32(scene, plate, load, factor, "Stress", DOV_SCALAR_VARIABLE, s));
+    check(
+        dov_set_result_typed_at_f32(scene, plate, load, factor, "Stress", DOV_SCALAR_VARIABLE, s));
   }
   free(displacement);
   free(stress);
@@ -184,8 +186,10 @@ int main(int argc, char** argv) {
   assembly = make_object(DOV_GROUP_OBJECT, "Bracket assembly");
   check(dov_set_property_text(scene, assembly, "Units", "mm"));
   check(dov_add_component(scene, assembly, plate, NULL));
-  check(dov_add_component_transformed(scene, assembly, bolt, place_at("Bolt 1", 10.0f, 62.25f), NULL));
-  check(dov_add_component_transformed(scene, assembly, bolt, place_at("Bolt 2", 30.0f, 62.25f), NULL));
+  check(dov_add_component_transformed(scene, assembly, bolt, place_at("Bolt 1", 10.0f, 62.25f),
+                                      NULL));
+  check(dov_add_component_transformed(scene, assembly, bolt, place_at("Bolt 2", 30.0f, 62.25f),
+                                      NULL));
 
   check(dov_create_default_views(scene, assembly));
   check(dov_save_to(scene, path, NULL, 0, 1));

@@ -84,7 +84,12 @@ enum {
   DOV_GROUP_OBJECT = 19,
   DOV_MESH_OBJECT = 21
 };
-enum { DOV_DIFFUSIVE_COLOR = 0, DOV_SPECULAR_COLOR = 1, DOV_EMISSIVE_COLOR = 2, DOV_AMBIENT_COLOR = 3 };
+enum {
+  DOV_DIFFUSIVE_COLOR = 0,
+  DOV_SPECULAR_COLOR = 1,
+  DOV_EMISSIVE_COLOR = 2,
+  DOV_AMBIENT_COLOR = 3
+};
 enum { DOV_CELL_MESH = 0, DOV_LINE_MESH = 1, DOV_POINT_MESH = 2 };
 enum {
   DOV_SCALAR_VARIABLE = 0,
@@ -167,8 +172,7 @@ DOVWRITER_API int dov_set_result_typed(dov_scene* scene, dov_id mesh, const char
                                        int32_t type, dov_id array);
 DOVWRITER_API int dov_add_element_set(dov_scene* scene, dov_id mesh, dov_id set);
 /* `count` (the parent's number of components afterwards) may be NULL. */
-DOVWRITER_API int dov_add_component(dov_scene* scene, dov_id parent, dov_id child,
-                                    uint64_t* count);
+DOVWRITER_API int dov_add_component(dov_scene* scene, dov_id parent, dov_id child, uint64_t* count);
 DOVWRITER_API int dov_add_component_transformed(dov_scene* scene, dov_id parent, dov_id child,
                                                 dov_id transformation, uint64_t* count);
 DOVWRITER_API int dov_remove_component(dov_scene* scene, dov_id parent, uint64_t component);
@@ -178,8 +182,7 @@ DOVWRITER_API int dov_set_material(dov_scene* scene, dov_id object, dov_id mater
 DOVWRITER_API int dov_write_options_init(dov_write_options* options);
 DOVWRITER_API int dov_set_write_options(dov_scene* scene, const dov_write_options* options);
 /* A NULL handler turns the channel off. */
-DOVWRITER_API int dov_set_diagnostics(dov_scene* scene, dov_diagnostic_handler handler,
-                                      void* user);
+DOVWRITER_API int dov_set_diagnostics(dov_scene* scene, dov_diagnostic_handler handler, void* user);
 
 /* The element types: X(suffix, C type). */
 #define DOV_NUMBER_TYPES(X) \
@@ -201,39 +204,38 @@ DOVWRITER_API int dov_set_diagnostics(dov_scene* scene, dov_diagnostic_handler h
  * (version 2): `count` tuples of the array's dimension. A lent array must
  * stay valid and unchanged until dov_close_file returns or the scene is
  * freed. */
-#define DOV_DECLARE_ARRAY_FUNCTIONS(suffix, T)                                               \
-  DOVWRITER_API int dov_set_values_##suffix(dov_scene* scene, dov_id array, const T* values, \
-                                            uint64_t count);                                 \
+#define DOV_DECLARE_ARRAY_FUNCTIONS(suffix, T)                                                \
+  DOVWRITER_API int dov_set_values_##suffix(dov_scene* scene, dov_id array, const T* values,  \
+                                            uint64_t count);                                  \
   DOVWRITER_API int dov_lend_values_##suffix(dov_scene* scene, dov_id array, const T* values, \
                                              uint64_t count);
 DOV_NUMBER_TYPES(DOV_DECLARE_ARRAY_FUNCTIONS)
 
 /* dov_set_property_<suffix> is of version 0, the others of version 1. */
-#define DOV_DECLARE_VALUE_FUNCTIONS(suffix, T)                                                   \
-  DOVWRITER_API int dov_set_property_##suffix(dov_scene* scene, dov_id object, const char* key, \
-                                              T value);                                          \
-  DOVWRITER_API int dov_set_coordinates_at_##suffix(dov_scene* scene, dov_id mesh, dov_id group, \
-                                                    T value, dov_id array);                      \
-  DOVWRITER_API int dov_set_connectivity_at_##suffix(dov_scene* scene, dov_id mesh,             \
-                                                     dov_id group, T value, dov_id array);       \
-  DOVWRITER_API int dov_set_connectivity_polylength_at_##suffix(                                 \
-      dov_scene* scene, dov_id mesh, dov_id group, T value, dov_id connectivity,                 \
-      dov_id polylength);                                                                        \
-  DOVWRITER_API int dov_set_node_indices_at_##suffix(dov_scene* scene, dov_id mesh,             \
-                                                     dov_id group, T value, dov_id array);       \
-  DOVWRITER_API int dov_set_element_indices_at_##suffix(dov_scene* scene, dov_id mesh,          \
-                                                        dov_id group, T value, dov_id array);    \
-  DOVWRITER_API int dov_set_result_at_##suffix(dov_scene* scene, dov_id mesh, dov_id group,     \
-                                               T value, const char* name, dov_id array);         \
-  DOVWRITER_API int dov_set_result_typed_at_##suffix(dov_scene* scene, dov_id mesh,             \
-                                                     dov_id group, T value, const char* name,    \
-                                                     int32_t type, dov_id array);                \
-  DOVWRITER_API int dov_add_element_set_at_##suffix(dov_scene* scene, dov_id mesh, dov_id group, \
-                                                    T value, dov_id set);                        \
-  DOVWRITER_API int dov_add_element_set_named_at_##suffix(                                       \
-      dov_scene* scene, dov_id mesh, dov_id group, T value, const char* name, dov_id set);       \
-  DOVWRITER_API int dov_set_application_info_##suffix(dov_scene* scene, const char* name,       \
-                                                      T value);
+#define DOV_DECLARE_VALUE_FUNCTIONS(suffix, T)                                                    \
+  DOVWRITER_API int dov_set_property_##suffix(dov_scene* scene, dov_id object, const char* key,   \
+                                              T value);                                           \
+  DOVWRITER_API int dov_set_coordinates_at_##suffix(dov_scene* scene, dov_id mesh, dov_id group,  \
+                                                    T value, dov_id array);                       \
+  DOVWRITER_API int dov_set_connectivity_at_##suffix(dov_scene* scene, dov_id mesh, dov_id group, \
+                                                     T value, dov_id array);                      \
+  DOVWRITER_API int dov_set_connectivity_polylength_at_##suffix(                                  \
+      dov_scene* scene, dov_id mesh, dov_id group, T value, dov_id connectivity,                  \
+      dov_id polylength);                                                                         \
+  DOVWRITER_API int dov_set_node_indices_at_##suffix(dov_scene* scene, dov_id mesh, dov_id group, \
+                                                     T value, dov_id array);                      \
+  DOVWRITER_API int dov_set_element_indices_at_##suffix(dov_scene* scene, dov_id mesh,            \
+                                                        dov_id group, T value, dov_id array);     \
+  DOVWRITER_API int dov_set_result_at_##suffix(dov_scene* scene, dov_id mesh, dov_id group,       \
+                                               T value, const char* name, dov_id array);          \
+  DOVWRITER_API int dov_set_result_typed_at_##suffix(dov_scene* scene, dov_id mesh, dov_id group, \
+                                                     T value, const char* name, int32_t type,     \
+                                                     dov_id array);                               \
+  DOVWRITER_API int dov_add_element_set_at_##suffix(dov_scene* scene, dov_id mesh, dov_id group,  \
+                                                    T value, dov_id set);                         \
+  DOVWRITER_API int dov_add_element_set_named_at_##suffix(                                        \
+      dov_scene* scene, dov_id mesh, dov_id group, T value, const char* name, dov_id set);        \
+  DOVWRITER_API int dov_set_application_info_##suffix(dov_scene* scene, const char* name, T value);
 DOV_ELEMENT_TYPES(DOV_DECLARE_VALUE_FUNCTIONS)
 
 #ifdef __cplusplus

@@ -29,8 +29,9 @@ std::string WriteWith(const std::string& program) {
 // Every field of the global information but the creation date.
 std::vector<std::string> InformationBesidesDate(const DovReader::Container& file) {
   const DovReader::GlobalInformation info = DovReader::Scene::Read(file).Information();
-  return {info.version,      info.applicationName, info.applicationVersion, info.formatVersion,
-          info.computerName, info.userName,        info.comment};
+  return {info.version,       info.applicationName, info.applicationVersion,
+          info.formatVersion, info.computerName,    info.userName,
+          info.comment};
 }
 
 void ExpectSameModel(const std::string& expectedPath, const std::string& actualPath) {
@@ -40,7 +41,8 @@ void ExpectSameModel(const std::string& expectedPath, const std::string& actualP
   ASSERT_EQ(expected.StreamNames(), actual.StreamNames());
   for (const std::string& name : expected.StreamNames()) {
     if (name == "Global Information") continue;
-    EXPECT_TRUE(expected.ReadStream(name) == actual.ReadStream(name)) << name << " of " << actualPath;
+    EXPECT_TRUE(expected.ReadStream(name) == actual.ReadStream(name))
+        << name << " of " << actualPath;
   }
   EXPECT_EQ(InformationBesidesDate(expected), InformationBesidesDate(actual));
 }

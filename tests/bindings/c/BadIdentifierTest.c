@@ -62,23 +62,23 @@ int main(void) {
   EXPECT_INVALID(dov_remove_component(scene, b, 0));
   EXPECT_INVALID(dov_set_material(scene, g, b));
 
-#define CALL_ARRAY_FUNCTIONS(suffix, T)                        \
+#define CALL_ARRAY_FUNCTIONS(suffix, T)                       \
   EXPECT_INVALID(dov_set_values_##suffix(scene, b, NULL, 0)); \
   EXPECT_INVALID(dov_lend_values_##suffix(scene, b, NULL, 0));
   DOV_NUMBER_TYPES(CALL_ARRAY_FUNCTIONS)
 
   /* For _text the value is a null pointer: the identifiers are checked
      before anything else. */
-#define CALL_VALUE_FUNCTIONS(suffix, T)                                                    \
-  EXPECT_INVALID(dov_set_property_##suffix(scene, b, "key", (T)0));                       \
-  EXPECT_INVALID(dov_set_coordinates_at_##suffix(scene, g, g, (T)0, b));                  \
-  EXPECT_INVALID(dov_set_connectivity_at_##suffix(scene, g, g, (T)0, b));                 \
-  EXPECT_INVALID(dov_set_connectivity_polylength_at_##suffix(scene, g, g, (T)0, g, b));   \
-  EXPECT_INVALID(dov_set_node_indices_at_##suffix(scene, g, g, (T)0, b));                 \
-  EXPECT_INVALID(dov_set_element_indices_at_##suffix(scene, g, g, (T)0, b));              \
-  EXPECT_INVALID(dov_set_result_at_##suffix(scene, g, g, (T)0, "result", b));             \
-  EXPECT_INVALID(dov_set_result_typed_at_##suffix(scene, g, g, (T)0, "result", 1, b));    \
-  EXPECT_INVALID(dov_add_element_set_at_##suffix(scene, g, g, (T)0, b));                  \
+#define CALL_VALUE_FUNCTIONS(suffix, T)                                                 \
+  EXPECT_INVALID(dov_set_property_##suffix(scene, b, "key", (T)0));                     \
+  EXPECT_INVALID(dov_set_coordinates_at_##suffix(scene, g, g, (T)0, b));                \
+  EXPECT_INVALID(dov_set_connectivity_at_##suffix(scene, g, g, (T)0, b));               \
+  EXPECT_INVALID(dov_set_connectivity_polylength_at_##suffix(scene, g, g, (T)0, g, b)); \
+  EXPECT_INVALID(dov_set_node_indices_at_##suffix(scene, g, g, (T)0, b));               \
+  EXPECT_INVALID(dov_set_element_indices_at_##suffix(scene, g, g, (T)0, b));            \
+  EXPECT_INVALID(dov_set_result_at_##suffix(scene, g, g, (T)0, "result", b));           \
+  EXPECT_INVALID(dov_set_result_typed_at_##suffix(scene, g, g, (T)0, "result", 1, b));  \
+  EXPECT_INVALID(dov_add_element_set_at_##suffix(scene, g, g, (T)0, b));                \
   EXPECT_INVALID(dov_add_element_set_named_at_##suffix(scene, g, g, (T)0, "set", b));
   DOV_ELEMENT_TYPES(CALL_VALUE_FUNCTIONS)
 

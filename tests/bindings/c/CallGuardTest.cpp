@@ -40,7 +40,8 @@ TEST(CallGuard, EveryExceptionBecomesACodeAndTheLastError) {
                 {DOV_ERROR_OUT_OF_MEMORY, "Memory Allocation Error", "std::bad_alloc"});
   ExpectFailure([] { throw std::length_error("vector::_M_default_append"); },
                 {DOV_ERROR_LENGTH, "Length Error", "vector::_M_default_append"});
-  ExpectFailure([] { throw std::runtime_error("odd"); }, {DOV_ERROR_UNEXPECTED, "Unexpected Error", "odd"});
+  ExpectFailure([] { throw std::runtime_error("odd"); },
+                {DOV_ERROR_UNEXPECTED, "Unexpected Error", "odd"});
   ExpectFailure([] { throw 42; },
                 {DOV_ERROR_UNEXPECTED, "Unexpected Error", "an exception of an unknown type"});
   EXPECT_EQ(0, DovC::Guard([] {}));

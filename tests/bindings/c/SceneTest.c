@@ -18,7 +18,8 @@ static void expect(int condition, const char* what, int line) {
 }
 
 #define EXPECT(condition) expect((condition) != 0, #condition, __LINE__)
-#define EXPECT_CODE(code, call) expect((call) == (code) && dov_last_error_code() == (code), #call, __LINE__)
+#define EXPECT_CODE(code, call) \
+  expect((call) == (code) && dov_last_error_code() == (code), #call, __LINE__)
 
 static int file_holds(const char* path, const char* text) {
   char line[1024];
@@ -55,7 +56,8 @@ static void versions_and_null_arguments(const char* trace) {
   EXPECT(dov_create_object(scene, DOV_ARRAY_OBJECT, &object) == 0);
   EXPECT(dov_set_property_f64(scene, object, "key", 1.5) == 0);
   EXPECT_CODE(DOV_ERROR_INVALID_METHOD, dov_set_dimension(scene, object, 3));
-  EXPECT(strstr(dov_last_error_description(), "dov_set_dimension needs interface version 1") != NULL);
+  EXPECT(strstr(dov_last_error_description(), "dov_set_dimension needs interface version 1") !=
+         NULL);
   EXPECT(dov_scene_free(scene) == 0);
 
   EXPECT(dov_scene_create("v1", 1, &scene) == 0);
