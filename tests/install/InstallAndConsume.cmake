@@ -1,5 +1,5 @@
 # cmake -DBUILD_DIR=... -DWORK_DIR=... -DCONSUMER_DIR=... -DCXX=... -DCC=...
-#       [-DFC=...] -P InstallAndConsume.cmake
+#       [-DFC=...] [-DPYTHON=... -DPYTHON_PACKAGES=...] -P InstallAndConsume.cmake
 # With FC, the Fortran module is consumed as well.
 
 function(run)
@@ -56,4 +56,13 @@ consume(consumer dovwriter ${CXX} consumer.cpp -std=c++17)
 consume(consumer_c dovwriter ${CC} consumer.c -std=c99)
 if(FC)
   consume(consumer_fortran dovwriter-fortran ${FC} consumer.f90)
+endif()
+
+# The Python package, where it was built: found under the prefix, with the
+# installed library beside it.
+if(PYTHON)
+  set(ENV{PYTHONPATH} ${prefix}/${PYTHON_PACKAGES})
+  unset(ENV{LD_LIBRARY_PATH})
+  run(${PYTHON} -c "import dovwriter\nprint(dovwriter.__file__)\ndovwriter.Scene('installed')")
+  message(STATUS "Python package: ${last_output}")
 endif()
