@@ -23,8 +23,8 @@ void DiagnosticChannel::attach(DiagnosticHandler newHandler, void* newUser) {
 void DiagnosticChannel::warn(WarningCode code, std::uint64_t object, const std::string& text) {
   if (handler == nullptr) return;
   if (object != NoObject && !warned.insert(std::make_pair(code, object)).second) return;
-  const DiagnosticRecord record{Diagnostic::Warning, static_cast<std::int32_t>(code), object,
-                                text.c_str(), 0, 0};
+  const DiagnosticRecord record{
+      Diagnostic::Warning, static_cast<std::int32_t>(code), object, text.c_str(), 0, 0};
   handler(record, user);
 }
 
@@ -60,17 +60,17 @@ std::string describeObject(const ObjectManager& scene, std::uint64_t index) {
   return text.str();
 }
 
+namespace {
+
 std::string quotePath(const char* path) {
   return path != nullptr ? "\"" + std::string(path) + "\"" : std::string("null");
 }
-
-namespace {
 
 std::string systemReason(int reason) {
   return reason != 0 ? std::strerror(reason) : "the system gave no reason";
 }
 
-bool Says(const Kel::Util::Exception& failure, const char* text) {
+bool says(const Kel::Util::Exception& failure, const char* text) {
   return std::strncmp(failure.GetDescription(), text, std::strlen(text)) == 0;
 }
 
@@ -86,7 +86,8 @@ void ObjectManager::explainIgnoredClose(const char* path) {
   if (fileState == FileState::Unbound && fileName.empty())
     text += "saveTo has not bound a file to this scene";
   else
-    text += "the file of this scene is \"" + fileName + "\", and the paths must match byte for byte";
+    text +=
+        "the file of this scene is \"" + fileName + "\", and the paths must match byte for byte";
   diagnostics.warn(WarningCode::CloseIgnored, NoObject, text);
 }
 
@@ -98,21 +99,21 @@ void ObjectManager::explainFailure(const char* operation, const Kel::Util::Excep
   if (!diagnostics.active()) return;
   const std::string call = std::string(operation) + "(\"" + fileName + "\"): ";
   const int code = failure.GetCode();
-  if (code == 10 && Says(failure, "File exists")) {
+  if (code == 10 && says(failure, "File exists")) {
     diagnostics.warn(WarningCode::FileExists, NoObject,
                      call + "the file exists and overwrite is " + (overwrite ? "true" : "false") +
                          ", so it was left as it is and no file is bound; pass overwrite = "
                          "true to replace it");
-  } else if (code == 16 && Says(failure, "Unable to open file")) {
+  } else if (code == 16 && says(failure, "Unable to open file")) {
     diagnostics.warn(WarningCode::FileFailure, NoObject,
                      call + "the file cannot be opened for writing: " + systemReason(reason));
-  } else if (code == 16 && Says(failure, "File stream is already in use")) {
+  } else if (code == 16 && says(failure, "File stream is already in use")) {
     diagnostics.warn(WarningCode::FileFailure, NoObject,
                      call + "this scene's earlier file is still open; a scene writes one file");
   } else if (code == 10) {
-    diagnostics.warn(WarningCode::FileFailure, NoObject,
-                     call + "writing the file failed: " + systemReason(reason) +
-                         "; the file is incomplete");
+    diagnostics.warn(
+        WarningCode::FileFailure, NoObject,
+        call + "writing the file failed: " + systemReason(reason) + "; the file is incomplete");
   }
 }
 

@@ -81,9 +81,6 @@ class CloseProgress {
 // `object 5 "Plate"`: how every warning names an object.
 std::string describeObject(const ObjectManager& scene, std::uint64_t index);
 
-// `"path"`, or `null` for a null path.
-std::string quotePath(const char* path);
-
 }  // namespace Dov
 }  // namespace Kel
 

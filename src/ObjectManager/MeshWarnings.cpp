@@ -31,8 +31,9 @@ std::uint64_t SceneWarnings::meshBytes(std::uint64_t index) {
     if (arrays.coordinatesLink != NoObject || arrays.connectivityLink != NoObject ||
         arrays.nodeIdsLink != NoObject || perValue.group != NoObject)
       warn(WarningCode::UnusedData, index,
-           describe(index) + " is a mesh object without element sets: its data reaches the "
-                             "file only through them, so none of it is written");
+           describe(index) +
+               " is a mesh object without element sets: its data reaches the "
+               "file only through them, so none of it is written");
     return bytes;
   }
 
@@ -41,8 +42,8 @@ std::uint64_t SceneWarnings::meshBytes(std::uint64_t index) {
   const CellTable cells = cellTableOf(*arrays.polylength, *arrays.connectivity, nodesPerCell);
   if (!cells.empty() || perValue.group != NoObject)
     checkNodeIds(arrays.nodeIdsLink, *arrays.nodeIds, index);
-  checkNodesInRange(arrays.connectivityLink, *arrays.connectivity,
-                    arrays.coordinates->size() / 3, index, "");
+  checkNodesInRange(arrays.connectivityLink, *arrays.connectivity, arrays.coordinates->size() / 3,
+                    index, "");
   warnPerValue(index, arrays, perValue);
   if (cells.empty()) warnMeshWithoutCells(index, arrays, sets, perValue);
 
@@ -72,7 +73,8 @@ void SceneWarnings::readPerValue(std::uint64_t mesh, PerValue& perValue) {
   noteAttributes(perValue.group, false);
   perValue.groupName = name(perValue.group);
   if (const TextList* values = find<TextList>(perValue.group, "Values")) perValue.values = *values;
-  if (const TextList* names = find<TextList>(perValue.group, "Result Names")) perValue.names = *names;
+  if (const TextList* names = find<TextList>(perValue.group, "Result Names"))
+    perValue.names = *names;
   if (!perValue.has("Polylength")) return;
   const LinkList lengths = links(perValue.group, resultKey("Polylength"));
   for (std::uint64_t j = 0; j < perValue.values.size(); ++j)
@@ -95,15 +97,18 @@ void SceneWarnings::warnPerValue(std::uint64_t mesh, const MeshArrays& arrays,
                           std::make_pair("Node Ids", !arrays.nodeIds->empty())})
     if (own.second && perValue.has(own.first))
       warn(WarningCode::UnusedData, mesh,
-           describe(mesh) + " has " + own.first + " of its own, which stand for every value: "
-                            "the " + own.first + " given per value are not used");
+           describe(mesh) + " has " + own.first +
+               " of its own, which stand for every value: "
+               "the " +
+               own.first + " given per value are not used");
   if (!perValue.has("Connectivity")) return;
   const LinkList connectivities = links(perValue.group, resultKey("Connectivity"));
   const LinkList coordinates = links(perValue.group, resultKey("Coordinates"));
   for (std::uint64_t j = 0; j < perValue.values.size(); ++j) {
     const std::uint64_t connectivity = linkAt(connectivities, j);
     const std::vector<std::uint32_t>* nodes =
-        connectivity != NoObject ? find<std::vector<std::uint32_t>>(connectivity, "Array") : nullptr;
+        connectivity != NoObject ? find<std::vector<std::uint32_t>>(connectivity, "Array")
+                                 : nullptr;
     const std::vector<float>* points = arrays.coordinates;
     if (points->empty() && linkAt(coordinates, j) != NoObject)
       points = find<std::vector<float>>(linkAt(coordinates, j), "Array");
@@ -128,8 +133,9 @@ void SceneWarnings::warnMeshWithoutCells(std::uint64_t mesh, const MeshArrays& a
   }
   if (perValue.values.empty() && (!arrays.coordinates->empty() || !arrays.nodeIds->empty()))
     warn(WarningCode::UnusedData, mesh,
-         describe(mesh) + " has no cells, so its element sets get no geometry: its coordinates "
-                          "and node ids are not written");
+         describe(mesh) +
+             " has no cells, so its element sets get no geometry: its coordinates "
+             "and node ids are not written");
 }
 
 void SceneWarnings::noteSet(std::uint64_t set, std::uint64_t mesh) {
@@ -178,8 +184,7 @@ std::uint64_t SceneWarnings::perValueBytes(std::uint64_t set, const MeshArrays& 
   // Every value has the mesh object's coordinates and node ids.
   if (!perValue.values.empty() && !arrays.coordinates->empty())
     add("Coordinates", arrays.coordinates->size());
-  if (!perValue.values.empty() && !arrays.nodeIds->empty())
-    add("Node Ids", arrays.nodeIds->size());
+  if (!perValue.values.empty() && !arrays.nodeIds->empty()) add("Node Ids", arrays.nodeIds->size());
   return bytes;
 }
 

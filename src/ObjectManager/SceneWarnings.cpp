@@ -44,8 +44,8 @@ const char* nodeKind(ObjectType type) {
 
 // The names that the binding setters give to array objects themselves.
 bool isBindingName(const std::string& name) {
-  return name.empty() || name == "Coordinates" || name == "Connectivity" ||
-         name == "Polylength" || name == "Node Ids" || name == "Element Ids";
+  return name.empty() || name == "Coordinates" || name == "Connectivity" || name == "Polylength" ||
+         name == "Node Ids" || name == "Element Ids";
 }
 
 }  // namespace
@@ -157,8 +157,8 @@ void SceneWarnings::meetGeometry(std::uint64_t index) {
            describe(index) + " has data per instance value on " + describe(group) +
                ", which only a mesh object reads: none of it reaches the file");
     checkNodeIds(arrays.nodeIdsLink, *arrays.nodeIds, index);
-    checkNodesInRange(arrays.connectivityLink, *arrays.connectivity,
-                      arrays.coordinates->size() / 3, index, "");
+    checkNodesInRange(arrays.connectivityLink, *arrays.connectivity, arrays.coordinates->size() / 3,
+                      index, "");
   }
   countGeometry(arrays);
 }
@@ -246,7 +246,8 @@ const std::vector<T>& SceneWarnings::arrayAs(std::uint64_t array, std::uint64_t 
   const PropertyMap& properties = scene.record(array).properties;
   const auto found = properties.find("Array");
   if (found == properties.end()) return none;
-  if (const std::vector<T>* values = boost::any_cast<std::vector<T>>(&found->second)) return *values;
+  if (const std::vector<T>* values = boost::any_cast<std::vector<T>>(&found->second))
+    return *values;
   warn(WarningCode::ElementType, array,
        describe(array) + " holds " + elementTypeName(found->second) + " values as " + role +
            " of " + describe(owner) + ", which reads them only as " + readableAs<T>() +
@@ -264,15 +265,14 @@ std::uint64_t SceneWarnings::perValueCount(std::uint64_t array, std::uint64_t me
   return arrayAs<float>(array, mesh, role).size();
 }
 
-void SceneWarnings::noteDataArray(std::uint64_t array, std::uint64_t owner,
-                                  const std::string& role, bool keepsAttributes) {
+void SceneWarnings::noteDataArray(std::uint64_t array, std::uint64_t owner, const std::string& role,
+                                  bool keepsAttributes) {
   if (array == NoObject) return;
   noteAttributes(array, keepsAttributes);
   if (isBindingName(name(array))) return;
   warn(WarningCode::NameNotKept, array,
        describe(array) + " serves as " + role + " of " + describe(owner) +
-           ", and variables are named by their role: the name \"" + name(array) +
-           "\" is not kept");
+           ", and variables are named by their role: the name \"" + name(array) + "\" is not kept");
 }
 
 void SceneWarnings::noteAttributes(std::uint64_t index, bool keeps) {
@@ -285,7 +285,7 @@ void SceneWarnings::noteAttributes(std::uint64_t index, bool keeps) {
   warn(WarningCode::AttributesNotKept, index,
        describe(index) + " has attributes that the file does not keep (" + lost + "): " +
            (keeps ? "no variable keeps these keys"
-                 : "only the root group and the arrays of per-value data keep attributes"));
+                  : "only the root group and the arrays of per-value data keep attributes"));
 }
 
 void SceneWarnings::checkNodeIds(std::uint64_t array, const std::vector<std::uint32_t>& ids,
@@ -297,10 +297,10 @@ void SceneWarnings::checkNodeIds(std::uint64_t array, const std::vector<std::uin
     if (static_cast<double>(static_cast<float>(id)) != id && inexact++ == 0) first = id;
   if (inexact == 0) return;
   warn(WarningCode::InexactNodeId, array,
-       describe(array) + " holds " + std::to_string(inexact) + " node ids of " +
-           describe(owner) + " that a 32-bit float does not hold exactly, the first " +
-           std::to_string(first) + ": the file keeps node ids as floats, so they read back "
-                                   "rounded");
+       describe(array) + " holds " + std::to_string(inexact) + " node ids of " + describe(owner) +
+           " that a 32-bit float does not hold exactly, the first " + std::to_string(first) +
+           ": the file keeps node ids as floats, so they read back "
+           "rounded");
 }
 
 void SceneWarnings::checkNodesInRange(std::uint64_t array,
@@ -318,8 +318,8 @@ void SceneWarnings::checkNodesInRange(std::uint64_t array,
   if (largest->second < nodes) return;
   warn(WarningCode::NodeOutsideCoordinates, array,
        describe(array) + ", the connectivity of " + describe(owner) + where + ", names node " +
-           std::to_string(largest->second) + ", but the coordinates hold " +
-           std::to_string(nodes) + " nodes");
+           std::to_string(largest->second) + ", but the coordinates hold " + std::to_string(nodes) +
+           " nodes");
 }
 
 std::uint64_t SceneWarnings::link(std::uint64_t index, const std::string& key) const {

@@ -80,8 +80,8 @@ class SceneWarnings {
   void noteSet(std::uint64_t set, std::uint64_t mesh);
   // The bytes of one element set's per-value variables; `written` holds
   // the keys of the datasets this mesh object has written so far.
-  std::uint64_t perValueBytes(std::uint64_t set, const MeshArrays& arrays,
-                              const PerValue& perValue, std::set<std::string>& written);
+  std::uint64_t perValueBytes(std::uint64_t set, const MeshArrays& arrays, const PerValue& perValue,
+                              std::set<std::string>& written);
 
   // Arrays and their checks.
   MeshArrays readArrays(std::uint64_t index);

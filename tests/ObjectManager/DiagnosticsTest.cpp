@@ -92,10 +92,10 @@ struct Model : Scene_V2 {
 
 struct WarningCase {
   const char* title;
-  // Spoils the model; returns the object the warning must name.
-  std::function<Identifier(Model&)> spoil;
   WarningCode code;
   const char* mention;
+  // Spoils the model; returns the object the warning must name.
+  std::function<Identifier(Model&)> spoil;
   int failure = 0;  // the code closeFile then fails with
 };
 
@@ -103,45 +103,46 @@ struct WarningCase {
 
 TEST(Diagnostics, EachWarningComesOnceWithItsCodeObjectAndWhatIsWrong) {
   const WarningCase cases[] = {
-      {"element type", [](Model& m) {
+      {"element type", WarningCode::ElementType, "holds double values as the coordinates",
+       [](Model& m) {
          const double nodes[] = {0, 0, 0, 1, 0, 0, 0, 1, 0};
          m.setValues<double>(m.boltNodes, nodes, 3);
-         return m.boltNodes; }, WarningCode::ElementType, "holds double values as the coordinates"},
-      {"skipped geometry", [](Model& m) {
+         return m.boltNodes; }},
+      {"skipped geometry", WarningCode::SkippedObject, "it has no coordinates",
+       [](Model& m) {
          const Identifier lonely = makeObject(m, GeometryObject, "Lonely");
          m.addComponent(m.root, lonely);
-         return lonely; }, WarningCode::SkippedObject, "it has no coordinates"},
-      {"result without group", [](Model& m) {
+         return lonely; }},
+      {"result without group", WarningCode::ResultWithoutGroup, "setResult(\"Heat\")",
+       [](Model& m) {
          const Identifier heat = makeArray(m, Floats{1, 2, 3, 4});
          m.setResult(m.mesh, "Heat", heat);
-         return heat; }, WarningCode::ResultWithoutGroup, "setResult(\"Heat\")"},
-      {"material on a set", [](Model& m) {
-         m.setMaterial(m.skin, m.steel);
-         return m.skin; }, WarningCode::UnusedMaterial, "element sets do not read"},
-      {"name of a shape's component", [](Model& m) {
-         m.setName(m.boltMesh, "Bolt mesh");
-         return m.boltMesh; }, WarningCode::NameNotKept, "\"Bolt mesh\" is not kept"},
-      {"node id beyond 2^24", [](Model& m) {
+         return heat; }},
+      {"material on a set", WarningCode::UnusedMaterial, "element sets do not read",
+       [](Model& m) { m.setMaterial(m.skin, m.steel); return m.skin; }},
+      {"name of a shape's component", WarningCode::NameNotKept, "\"Bolt mesh\" is not kept",
+       [](Model& m) { m.setName(m.boltMesh, "Bolt mesh"); return m.boltMesh; }},
+      {"node id beyond 2^24", WarningCode::InexactNodeId, "the first 16777217",
+       [](Model& m) {
          m.setValues<unsigned int>(m.nodeIds, Words{10, 16777217, 12, 13}.data(), 4);
-         return m.nodeIds; }, WarningCode::InexactNodeId, "the first 16777217"},
-      {"node beyond the coordinates", [](Model& m) {
+         return m.nodeIds; }},
+      {"node beyond the coordinates", WarningCode::NodeOutsideCoordinates,
+       "names node 7, but the coordinates hold 4", [](Model& m) {
          m.setValues<unsigned int>(m.boltCells, Words{0, 1, 7}.data(), 1);
-         return m.boltCells; }, WarningCode::NodeOutsideCoordinates, "names node 7, but the coordinates hold 4"},
-      {"cells without a mesh", [](Model& m) {
+         return m.boltCells; }},
+      {"cells without a mesh", WarningCode::CellOutsideMesh, "the mesh has no cells",
+       [](Model& m) {
          const Identifier loose = makeObject(m, MeshObject, "Loose");
          const Identifier set = makeSet(m, "Rim", Words{0});
          m.addElementSet(loose, set);
          m.addComponent(m.root, loose);
-         return set; }, WarningCode::CellOutsideMesh, "the mesh has no cells"},
-      {"element ids without value", [](Model& m) {
-         m.setElementIndices(m.mesh, makeArray(m, Words{5, 6}));
-         return m.mesh; }, WarningCode::UnusedData, "only element ids given per value"},
-      {"attributes", [](Model& m) {
-         m.setProperty(m.mesh, "Author", "me");
-         return m.mesh; }, WarningCode::AttributesNotKept, "(Author)"},
-      {"second component", [](Model& m) {
-         m.addComponent(m.bolt, m.boltMesh);
-         return m.bolt; }, WarningCode::ExtraComponent, "then fails with code 13", 13},
+         return set; }},
+      {"element ids without value", WarningCode::UnusedData, "only element ids given per value",
+       [](Model& m) { m.setElementIndices(m.mesh, makeArray(m, Words{5, 6})); return m.mesh; }},
+      {"attributes", WarningCode::AttributesNotKept, "(Author)",
+       [](Model& m) { m.setProperty(m.mesh, "Author", "me"); return m.mesh; }},
+      {"second component", WarningCode::ExtraComponent, "then fails with code 13",
+       [](Model& m) { m.addComponent(m.bolt, m.boltMesh); return m.bolt; }, 13},
   };
   for (const WarningCase& testCase : cases) {
     SCOPED_TRACE(testCase.title);
@@ -213,9 +214,7 @@ TEST(Diagnostics, ProgressRisesToTheExactTotalAtLeastOncePerBlock) {
   EXPECT_EQ(progress.front().done, 0u);
   for (std::size_t i = 0; i < progress.size(); ++i) {
     EXPECT_EQ(progress[i].total, written);
-    if (i > 0) {
-      EXPECT_LE(progress[i - 1].done, progress[i].done);
-    }
+    EXPECT_LE(progress[i > 0 ? i - 1 : 0].done, progress[i].done);
   }
   EXPECT_EQ(progress.back().done, written);
   EXPECT_GT(blocks, 10u);
@@ -254,33 +253,30 @@ TEST(Diagnostics, FailedAndIgnoredFileOperationsAreExplained) {
   Model model;
   Recorder recorder;
   model.setDiagnostics(&Recorder::Handle, &recorder);
-  const std::string path = freshPath();
-  auto lastWarning = [&] { return recorder.seen.empty() ? std::string() : recorder.seen.back().text; };
-
+  auto said = [&](WarningCode code, const std::string& text) {
+    ASSERT_FALSE(recorder.seen.empty());
+    EXPECT_EQ(recorder.seen.back().code, code);
+    EXPECT_EQ(recorder.seen.back().object, NoObject);
+    EXPECT_NE(recorder.seen.back().text.find(text), std::string::npos) << recorder.seen.back().text;
+  };
+  const std::string path = freshPath(), missing = path + ".d/no/folder.dov";
   Model().write(path);
   expectRefusal([&] { model.saveTo(path.c_str(), nullptr, false, false); }, 10, "File exists");
-  EXPECT_EQ(recorder.seen.back().code, WarningCode::FileExists);
-  EXPECT_NE(lastWarning().find("\"" + path + "\"): the file exists and overwrite is false"),
-            std::string::npos);
-  const std::string missing = path + ".d/in/no/folder.dov";
+  said(WarningCode::FileExists, "\"" + path + "\"): the file exists and overwrite is false");
   expectRefusal([&] { model.saveTo(missing.c_str(), nullptr, false, true); }, 16, "Unable to open");
-  EXPECT_NE(lastWarning().find("\"" + missing + "\"): the file cannot be opened for writing: "
-                                "No such file or directory"), std::string::npos) << lastWarning();
-
+  said(WarningCode::FileFailure,
+       "\"" + missing + "\"): the file cannot be opened for writing: No such file or directory");
   model.saveTo(path.c_str(), nullptr, false, true);
   model.closeFile((path + "x").c_str());
-  EXPECT_EQ(recorder.seen.back().code, WarningCode::CloseIgnored);
-  EXPECT_NE(lastWarning().find("\"" + path + "x\") does nothing: the file of this scene is \"" +
-                               path + "\""), std::string::npos);
+  said(WarningCode::CloseIgnored,
+       "(\"" + path + "x\") does nothing: the file of this scene is \"" + path + "\"");
   model.closeFile(nullptr);
-  EXPECT_NE(lastWarning().find("closeFile(null) does nothing"), std::string::npos);
-  for (const Seen& record : recorder.seen) EXPECT_EQ(record.object, NoObject);
+  said(WarningCode::CloseIgnored, "closeFile(null) does nothing");
 
   // A write that fails keeps the system's reason for the host.
+  if (!Platform::FileExists("/dev/full")) return;
   Model full;
   full.setDiagnostics(&Recorder::Handle, &recorder);
-  if (!Platform::FileExists("/dev/full")) return;
   expectRefusal([&] { full.saveTo("/dev/full", nullptr, false, true); }, 10, "Unable to write");
-  EXPECT_NE(lastWarning().find("writing the file failed: No space left on device"),
-            std::string::npos) << lastWarning();
+  said(WarningCode::FileFailure, "writing the file failed: No space left on device");
 }
