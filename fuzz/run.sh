@@ -37,6 +37,7 @@ if [ -z "$bin" ]; then
   command -v ccache >/dev/null && launcher=(-DCMAKE_CXX_COMPILER_LAUNCHER=ccache)
   cmake -S . -B build-fuzz -DCMAKE_BUILD_TYPE=RelWithDebInfo -DCMAKE_CXX_COMPILER=clang++ \
         -DDOVWRITER_BUILD_FUZZ=ON -DDOVWRITER_BUILD_TESTS=OFF -DDOVWRITER_BUILD_EXAMPLES=OFF \
+        -DDOVWRITER_BUILD_PYTHON=OFF -DDOVWRITER_BUILD_FORTRAN=OFF \
         "${launcher[@]}" >/dev/null
   cmake --build build-fuzz -j "$(nproc)" --target $(printf 'fuzz_%s ' "${targets[@]}")
   bin=build-fuzz/fuzz
