@@ -61,8 +61,7 @@ void ObjectManager::startParallelWrite() {
 }
 
 void ObjectManager::setDiagnostics(DiagnosticHandler handler, void* user) {
-  diagnosticHandler = handler;
-  diagnosticUser = handler != nullptr ? user : nullptr;
+  diagnostics.attach(handler, user);
 }
 
 }  // namespace Dov
