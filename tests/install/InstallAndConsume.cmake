@@ -30,8 +30,18 @@ set(ENV{PKG_CONFIG_PATH} ${pc_dir})
 run(pkg-config --cflags --libs dovwriter)
 string(STRIP "${last_output}" flags)
 separate_arguments(flags UNIX_COMMAND "${flags}")
-run(${CXX} -std=c++17 ${CONSUMER_DIR}/consumer.cpp ${flags} -o ${WORK_DIR}/consumer_pc)
-get_filename_component(lib_dir ${pc_dir} DIRECTORY)
-set(ENV{LD_LIBRARY_PATH} ${lib_dir})
+# At run time the host finds the library through the rpath that the README
+# shows, taken from the pkg-config file; no LD_LIBRARY_PATH.
+run(pkg-config --variable=libdir dovwriter)
+string(STRIP "${last_output}" lib_dir)
+unset(ENV{LD_LIBRARY_PATH})
+run(${CXX} -std=c++17 ${CONSUMER_DIR}/consumer.cpp ${flags} -Wl,-rpath,${lib_dir}
+    -o ${WORK_DIR}/consumer_pc)
 run(${WORK_DIR}/consumer_pc)
 message(STATUS "pkg-config consumer: ${last_output}")
+
+# The installed tool finds the installed library by itself.
+if(EXISTS ${prefix}/bin/dovinspect)
+  run(${prefix}/bin/dovinspect --version)
+  message(STATUS "installed dovinspect: ${last_output}")
+endif()

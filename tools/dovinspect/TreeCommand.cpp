@@ -4,6 +4,7 @@
 
 #include "Commands.h"
 #include "Reading.h"
+#include "TreeJson.h"
 #include "ValueNames.h"
 
 namespace DovInspect {
@@ -62,6 +63,10 @@ void PrintMaterial(const DovReader::MaterialContent& material, const std::string
 
 int RunTree(const CommandLine& line, std::ostream& out, std::ostream&) {
   ModelFile model(line.positional[0]);
+  if (line.Has("--json")) {
+    PrintTreeJson(model, out);
+    return kExitOk;
+  }
   for (const DovReader::TreeRecord& record : model.Scene().Records()) {
     std::string indent(2 * static_cast<std::size_t>(model.DepthOf(record.id)), ' ');
     out << indent << "[" << record.id << "] "
@@ -86,12 +91,13 @@ const Command& TreeCommand() {
   static const Command command{
       "tree",
       "Show the scene tree with transformations, colours and visibility.",
-      "FILE",
+      "FILE [--json]",
       "One line per tree entry, indented by depth: [entry id], node type and name.\n"
       "Groups add their visibility, translation, rotation, scale and other\n"
       "attributes; shapes their visibility and the four colours (red, green,\n"
-      "blue, alpha) of their material; geometries their number of variables.\n",
-      {},
+      "blue, alpha) of their material; geometries their number of variables.\n\n"
+      "Options:\n" DOVINSPECT_JSON_HELP,
+      {kJsonOption},
       1,
       1,
       RunTree};
