@@ -93,17 +93,38 @@ JsonWriter& JsonWriter::String(const std::string& bytes) {
 
 JsonWriter& JsonWriter::Number(double value) {
   BeforeValue();
-  out_ << (std::isfinite(value) ? FormatNumber(value) : "null");
+  WriteNumber(value);
   return *this;
+}
+
+JsonWriter& JsonWriter::Number(float value) {
+  BeforeValue();
+  WriteNumber(value);
+  return *this;
+}
+
+JsonWriter& JsonWriter::Array(const std::string& key, const float* values, std::size_t count) {
+  Key(key);
+  afterKey_ = false;
+  out_ << "[";
+  for (std::size_t i = 0; i < count; ++i) {
+    if (i > 0) out_ << ", ";
+    WriteNumber(values[i]);
+  }
+  out_ << "]";
+  return *this;
+}
+
+void JsonWriter::WriteNumber(double value) {
+  out_ << (std::isfinite(value) ? FormatNumber(value) : "null");
 }
 
 // The shortest text that reads back as the same float, not the digits of
 // the double it widens to.
-JsonWriter& JsonWriter::Number(float value) {
-  BeforeValue();
+void JsonWriter::WriteNumber(float value) {
   if (!std::isfinite(value)) {
     out_ << "null";
-    return *this;
+    return;
   }
   char text[32];
   for (int precision = 1; precision <= 9; ++precision) {
@@ -111,7 +132,6 @@ JsonWriter& JsonWriter::Number(float value) {
     if (std::strtof(text, nullptr) == value) break;
   }
   out_ << text;
-  return *this;
 }
 
 JsonWriter& JsonWriter::Integer(std::int64_t value) {

@@ -53,12 +53,8 @@ class JsonWriter {
     Key(key);
     return Value(value);
   }
-  template <class T>
-  JsonWriter& Array(const std::string& key, const T* values, std::size_t count) {
-    Key(key).BeginArray();
-    for (std::size_t i = 0; i < count; ++i) Value(values[i]);
-    return EndArray();
-  }
+  // A key and a short array of numbers, on one line.
+  JsonWriter& Array(const std::string& key, const float* values, std::size_t count);
 
   // Ends the document with a line feed.
   void Finish();
@@ -68,6 +64,8 @@ class JsonWriter {
   JsonWriter& Close(char bracket);
   void BeforeValue();
   void NewLine();
+  void WriteNumber(double value);
+  void WriteNumber(float value);
 
   std::ostream& out_;
   std::vector<bool> empty_;  // per open container: nothing in it yet
