@@ -3,10 +3,12 @@
 # something is missing. Run as root on a bare machine; harmless elsewhere.
 set -euo pipefail
 
-packages=(cmake g++ make pkg-config zlib1g-dev libboost-dev libgtest-dev googletest)
+# Building the library, the examples and the tools (the demo needs no more).
+packages=(cmake g++ make pkg-config zlib1g-dev libboost-dev)
 if [ "${1:-}" = "--tests" ]; then
-  # An independent VTK reader checks the files that dovinspect exports.
-  packages+=(python3-vtk9 python3-numpy)
+  # GoogleTest; an independent VTK reader checks the files that dovinspect
+  # exports, and Python's json module its JSON.
+  packages+=(libgtest-dev googletest python3 python3-vtk9 python3-numpy)
 fi
 if [ "${1:-}" = "--bench" ]; then
   packages+=(libhdf5-dev gnuplot-nox)
