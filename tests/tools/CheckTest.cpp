@@ -38,15 +38,15 @@ TEST(Check, EachKindOfFindingWithItsPlace) {
   model.geometries.reserve(4);
   const float nan = std::nanf(""), inf = INFINITY;
   ToolTest::FakeModel::GeometryInfo& mesh = model.Geometry("Mesh");  // #2
-  model.Add(mesh, "Connectivity", 6, Words{0, 1, 2, 2, 3, 9});  // 3 and 9 beyond 3 points
-  model.Add(mesh, "Polylength", 9, Words{3, 4});                 // needs 7 of 6 indices
+  model.Add(mesh, "Connectivity", 6, Words{0, 1, 2, 2, 3, 9});       // 3 and 9 beyond 3 points
+  model.Add(mesh, "Polylength", 9, Words{3, 4});                     // needs 7 of 6 indices
   model.Add(mesh, "Coordinates", 1, Floats{0, 0, 0, 1, nan, 0, 0, 1, 0}, 3);
-  model.Add(mesh, "Node Ids\x1E", 12, Floats{1, 2.5f, 2e7f});    // not whole; above 2^24
-  model.Add(mesh, At("S", "1"), 12, Floats{1, 2, 3, 4, 5});     // 5 fits neither 3 nor 2
+  model.Add(mesh, "Node Ids\x1E", 12, Floats{1, 2.5f, 2e7f});        // not whole; above 2^24
+  model.Add(mesh, At("S", "1"), 12, Floats{1, 2, 3, 4, 5});          // 5 fits neither 3 nor 2
   model.Add(mesh, At("V", "1"), 13, Floats{0, 0, 0, 1, inf, 1}, 3);  // 2 cells, one infinite
-  model.Geometry("Bare");                                        // #3
+  model.Geometry("Bare");                                            // #3
   ToolTest::FakeModel::GeometryInfo& part = model.Geometry("Part");  // #4
-  model.Link(part, "Coordinates", model.geometries[0], 2);  // its NaN told once, above
+  model.Link(part, "Coordinates", model.geometries[0], 2);           // its NaN told once, above
   model.Add(part, "Connectivity", 6, Words{0, 1, 2});
   model.Add(part, "Polylength", 9, Words{2});  // leaves an index unused
   model.Link(part, "Node Ids\x1E", model.geometries[0], 3);
@@ -58,20 +58,19 @@ TEST(Check, EachKindOfFindingWithItsPlace) {
   model.Add(moving, At("R", "2"), 12, Floats{1, 2, 3});
   model.Add(moving, At("R", "1"), 12, Floats{1, 2, 3});
 
-  EXPECT_EQ(Summaries(CheckModel(model.geometries, model)),
-            (std::vector<std::string>{
-                "error #2 Connectivity[4] x2",
-                "error #2 Polylength[1] x1",
-                "error #2 Coordinates[4] x1",
-                "error #2 Node Ids\x1E[1] x1",
-                "warning #2 Node Ids\x1E[2] x1",
-                "warning #2 S\x1ET = 1[-1] x0",
-                "warning #2 V\x1ET = 1[4] x1",
-                "warning #3 [-1] x0",
-                "warning #4 Polylength[-1] x0",
-                "warning #5 Node Ids\x1E[-1] x0",
-                "warning #5 R\x1ET = 1[-1] x0",
-            }));
+  EXPECT_EQ(Summaries(CheckModel(model.geometries, model)), (std::vector<std::string>{
+                                                                "error #2 Connectivity[4] x2",
+                                                                "error #2 Polylength[1] x1",
+                                                                "error #2 Coordinates[4] x1",
+                                                                "error #2 Node Ids\x1E[1] x1",
+                                                                "warning #2 Node Ids\x1E[2] x1",
+                                                                "warning #2 S\x1ET = 1[-1] x0",
+                                                                "warning #2 V\x1ET = 1[4] x1",
+                                                                "warning #3 [-1] x0",
+                                                                "warning #4 Polylength[-1] x0",
+                                                                "warning #5 Node Ids\x1E[-1] x0",
+                                                                "warning #5 R\x1ET = 1[-1] x0",
+                                                            }));
 }
 
 // A triangle through the public API; `beyond` puts a node index outside the
@@ -116,17 +115,20 @@ TEST(Check, CommandReportsFindingsAndExitsBySeverity) {
 
   out.str("");
   EXPECT_EQ(RunTool({"check", broken}, out, err), kExitFailure);
-  EXPECT_NE(out.str().find(broken + ": error: Model/Triangle/Triangle (#3) Connectivity[2]: node indices beyond the 3 points: 1 (first: 7)\n"),
+  EXPECT_NE(out.str().find(broken + ": error: Model/Triangle/Triangle (#3) Connectivity[2]: node "
+                                    "indices beyond the 3 points: 1 (first: 7)\n"),
             std::string::npos)
       << out.str();
-  EXPECT_NE(out.str().find("Coordinates[8]: coordinates that are not finite: 1 (first: node 2, nan)"),
-            std::string::npos);
+  EXPECT_NE(
+      out.str().find("Coordinates[8]: coordinates that are not finite: 1 (first: node 2, nan)"),
+      std::string::npos);
   EXPECT_NE(out.str().find(broken + ": 2 errors, 0 warnings\n"), std::string::npos);
 
   out.str("");
   EXPECT_EQ(RunTool({"check", warned}, out, err), kExitWarnings);
   EXPECT_NE(out.str().find(": warning: Model/Plate/Right/Right (#"), std::string::npos);
-  EXPECT_NE(out.str().find("Damage\\x1ETime = 2: tuple count 3 matches neither the point count 6 nor the cell count 2"),
+  EXPECT_NE(out.str().find("Damage\\x1ETime = 2: tuple count 3 matches neither the point count 6 "
+                           "nor the cell count 2"),
             std::string::npos)
       << out.str();
   EXPECT_EQ(out.str().find("All/All"), std::string::npos);  // 3 cells: fits

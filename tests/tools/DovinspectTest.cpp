@@ -44,6 +44,7 @@ TEST(Dovinspect, HelpAndUsageErrors) {
   }
   EXPECT_TRUE(Contains(Tool({"export", "--help"}).out, "8 hexahedron"));
 
+  const std::string left = "Model/Plate/Left/Left";
   struct Case {
     std::vector<std::string> args;
     int status;
@@ -61,11 +62,11 @@ TEST(Dovinspect, HelpAndUsageErrors) {
       {{"export", "f", "out", "--raw=1"}, 2, "--raw takes no value"},
       {{"export", ModelPath(), "out", "--cells=round"}, 2, "--cells expects"},
       {{"info", "/nonexistent/model.dov"}, 1, "dovinspect info: "},
-      {{"vars", ModelPath(), "Model/Plate/Lft"}, 1, "no geometry at 'Model/Plate/Lft'; closest: Model/Plate/Left"},
-      {{"dump", ModelPath(), "Model/Plate/Left/Left", "Pressure"}, 1, "no variable 'Pressure'"},
-      {{"dump", ModelPath(), "Model/Plate/Left/Left", "Temprature", "--at", "Time=1"}, 1, "closest: Temperature"},
-      {{"dump", ModelPath(), "Model/Plate/Left/Left", "Temperature"}, 1, "choose one with --at: Time=0.5, Time=1, Time=2"},
-      {{"dump", ModelPath(), "Model/Plate/Left/Left", "Temperature", "--at", "Time=3"}, 1, "not at Time=3"},
+      {{"vars", ModelPath(), "Model/Plate/Lft"}, 1, "'Model/Plate/Lft'; closest: Model/Plate/Left"},
+      {{"dump", ModelPath(), left, "Pressure"}, 1, "no variable 'Pressure'"},
+      {{"dump", ModelPath(), left, "Temprature", "--at", "Time=1"}, 1, "closest: Temperature"},
+      {{"dump", ModelPath(), left, "Temperature"}, 1, "--at: Time=0.5, Time=1, Time=2"},
+      {{"dump", ModelPath(), left, "Temperature", "--at", "Time=3"}, 1, "not at Time=3"},
       {{"dump", "f", "g", "v", "--at", "Time"}, 2, "--at expects NAME=VALUE"},
       {{"diff", "a", "b", "--rtol", "-1"}, 2, "--rtol expects a non-negative number"},
   };

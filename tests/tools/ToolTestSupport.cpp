@@ -101,7 +101,8 @@ std::map<std::string, VtkRecords> ReadWithVtk(const std::vector<std::string>& pa
 }
 
 FakeModel::GeometryInfo& FakeModel::Geometry(const std::string& name) {
-  geometries.push_back({static_cast<std::uint32_t>(geometries.size() + 2), name, "Root/" + name, {}});
+  const std::uint32_t entry = static_cast<std::uint32_t>(geometries.size() + 2);
+  geometries.push_back({entry, name, "Root/" + name, {}});
   return geometries.back();
 }
 

@@ -87,12 +87,18 @@ class Checker {
   void Check(const Use& use, const std::vector<std::uint32_t>& words) {
     use_ = &use;
     switch (use.role) {
-      case Role::Coordinates: return Coordinates(words);
-      case Role::Connectivity: return Connectivity(words);
-      case Role::Polylength: return Polylength(words);
-      case Role::NodeIds: return NodeIds(words);
-      case Role::Result: return Result(words);
-      case Role::Other: return;
+      case Role::Coordinates:
+        return Coordinates(words);
+      case Role::Connectivity:
+        return Connectivity(words);
+      case Role::Polylength:
+        return Polylength(words);
+      case Role::NodeIds:
+        return NodeIds(words);
+      case Role::Result:
+        return Result(words);
+      case Role::Other:
+        return;
     }
   }
 
@@ -124,8 +130,9 @@ class Checker {
   void Coordinates(const std::vector<std::uint32_t>& words) {
     if (!use_->first) return;
     if (words.size() % 3 != 0) {
-      Report(Severity::Error, {},
-             "value count " + std::to_string(words.size()) + " is no whole number of nodes of three");
+      Report(
+          Severity::Error, {},
+          "value count " + std::to_string(words.size()) + " is no whole number of nodes of three");
     }
     Tally bad = Count(words, [](std::uint32_t w) { return !Finite(w); });
     if (bad.count) {
@@ -141,9 +148,9 @@ class Checker {
     Tally beyond = Count(words, [points](std::uint32_t w) { return w >= points; });
     if (beyond.count) {
       Report(Severity::Error, beyond,
-             "node indices beyond the " + std::to_string(points) + " points: " +
-                 std::to_string(beyond.count) + " (first: " + std::to_string(beyond.firstWord) +
-                 ")");
+             "node indices beyond the " + std::to_string(points) +
+                 " points: " + std::to_string(beyond.count) +
+                 " (first: " + std::to_string(beyond.firstWord) + ")");
     }
   }
 
@@ -207,8 +214,8 @@ class Checker {
     Tally bad = Count(words, [](std::uint32_t w) { return !Finite(w); });
     if (bad.count) {
       Report(Severity::Warning, bad,
-             "values that are not finite: " + std::to_string(bad.count) + " (first: " +
-                 FloatText(bad.firstWord) + ")");
+             "values that are not finite: " + std::to_string(bad.count) +
+                 " (first: " + FloatText(bad.firstWord) + ")");
     }
   }
 
@@ -260,8 +267,8 @@ void CheckEmpty(const GeometryInfo& geometry, std::vector<Finding>& findings) {
   finding.entry = geometry.entryId;
   finding.geometry = geometry.path;
   finding.message = geometry.variables.empty() ? "empty geometry: no variables"
-                    : coordinates             ? "empty geometry: no points"
-                                              : "empty geometry: no coordinates";
+                    : coordinates              ? "empty geometry: no points"
+                                               : "empty geometry: no coordinates";
   findings.push_back(finding);
 }
 
@@ -274,10 +281,11 @@ std::map<std::uint64_t, Dataset> PlanReads(const std::vector<GeometryInfo>& geom
     for (const VariableInfo& variable : geometry.variables) {
       const Role role = RoleOf(variable);
       if (role == Role::Other || variable.count == 0) continue;
-      auto inserted = datasets.emplace(variable.offset, Dataset{geometry.entryId, variable.index, {}});
+      auto inserted =
+          datasets.emplace(variable.offset, Dataset{geometry.entryId, variable.index, {}});
       Dataset& dataset = inserted.first->second;
-      dataset.uses.push_back({&geometry, &variable, role, SizesAt(table, StateOf(variable)),
-                              inserted.second});
+      dataset.uses.push_back(
+          {&geometry, &variable, role, SizesAt(table, StateOf(variable)), inserted.second});
     }
   }
   return datasets;
@@ -295,7 +303,8 @@ std::vector<Finding> CheckModel(const std::vector<GeometryInfo>& geometries, Val
     for (const Use& use : dataset.uses) checker.Check(use, words);
   }
   std::map<std::uint32_t, std::size_t> position;
-  for (const GeometryInfo& geometry : geometries) position.emplace(geometry.entryId, position.size());
+  for (const GeometryInfo& geometry : geometries)
+    position.emplace(geometry.entryId, position.size());
   std::stable_sort(findings.begin(), findings.end(), [&](const Finding& a, const Finding& b) {
     return std::make_pair(position[a.entry], a.variableIndex) <
            std::make_pair(position[b.entry], b.variableIndex);

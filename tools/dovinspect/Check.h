@@ -19,12 +19,12 @@ enum class Severity { Warning, Error };
 
 struct Finding {
   Severity severity = Severity::Warning;
-  std::uint32_t entry = 0;     // the geometry's tree entry
-  std::string geometry;        // its path
-  std::string variable;        // empty where the finding is about the geometry
+  std::uint32_t entry = 0;  // the geometry's tree entry
+  std::string geometry;     // its path
+  std::string variable;     // empty where the finding is about the geometry
   std::int64_t variableIndex = -1;
-  std::int64_t index = -1;     // first value, node or cell concerned, or -1
-  std::uint64_t count = 0;     // how many values share the finding, or 0
+  std::int64_t index = -1;  // first value, node or cell concerned, or -1
+  std::uint64_t count = 0;  // how many values share the finding, or 0
   std::string message;
 };
 

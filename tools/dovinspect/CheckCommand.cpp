@@ -14,8 +14,8 @@ const char* SeverityName(Severity severity) {
   return severity == Severity::Error ? "error" : "warning";
 }
 
-void PrintText(const std::string& path, const std::vector<Finding>& findings,
-               std::size_t errors, std::ostream& out) {
+void PrintText(const std::string& path, const std::vector<Finding>& findings, std::size_t errors,
+               std::ostream& out) {
   for (const Finding& finding : findings) {
     out << path << ": " << SeverityName(finding.severity) << ": "
         << (finding.geometry.empty() ? "(no name)" : Readable(finding.geometry)) << " (#"

@@ -217,8 +217,8 @@ class Differ {
     }
     if (differing == 0) return;
     Differs(where, std::to_string(differing) + " of " + std::to_string(xs.size()) +
-                       " values differ, most at [" + std::to_string(worst) + "]: " +
-                       NumberText(Number(xs[worst], dataType)) + " vs " +
+                       " values differ, most at [" + std::to_string(worst) +
+                       "]: " + NumberText(Number(xs[worst], dataType)) + " vs " +
                        NumberText(Number(ys[worst], dataType)));
   }
 

@@ -42,7 +42,8 @@ bool SameNumber(const std::string& a, const std::string& b) {
 struct InstanceChoice {
   std::string group, value;
   bool Matches(const ValueName& name) const {
-    return name.perValue && name.group == group && (name.value == value || SameNumber(name.value, value));
+    return name.perValue && name.group == group &&
+           (name.value == value || SameNumber(name.value, value));
   }
 };
 
@@ -94,7 +95,8 @@ const VariableInfo& OneVariable(const GeometryInfo& geometry, const std::string&
   }
   const std::string values = ValuesOf(geometry, name);
   if (values.empty()) NoVariable(geometry, selector, at ? " given per instance value" : "");
-  throw ToolError("'" + selector + "' of " + Readable(geometry.path) + " is given per instance value" +
+  throw ToolError("'" + selector + "' of " + Readable(geometry.path) +
+                  " is given per instance value" +
                   (at ? ", not at " + Readable(at->group + "=" + at->value) : "") +
                   "; choose one with --at: " + values);
 }

@@ -76,7 +76,8 @@ SceneCounts CountScene(const DovReader::Scene& scene) {
   for (const DovReader::TreeRecord& record : scene.Records()) {
     ++nodes[record.typeName];
     counts.variables += record.variables.size();
-    for (const DovReader::Variable& variable : record.variables) counts.datasets += !variable.linked;
+    for (const DovReader::Variable& variable : record.variables)
+      counts.datasets += !variable.linked;
   }
   counts.entries = scene.Records().size();
   counts.groups = nodes["Group"];
@@ -108,9 +109,9 @@ void PrintStreams(const std::vector<StreamSummary>& streams, std::ostream& out) 
     if (stream.stored > 0) {
       std::snprintf(ratio, sizeof ratio, "%.2f", double(stream.plain) / double(stream.stored));
     }
-    out << "  " << std::left << std::setw(20) << Readable(stream.name) << std::right
-        << std::setw(8) << stream.blocks << std::setw(16) << stream.plain << std::setw(16)
-        << stream.stored << std::setw(8) << ratio << "\n";
+    out << "  " << std::left << std::setw(20) << Readable(stream.name) << std::right << std::setw(8)
+        << stream.blocks << std::setw(16) << stream.plain << std::setw(16) << stream.stored
+        << std::setw(8) << ratio << "\n";
   }
 }
 

@@ -42,12 +42,23 @@ std::size_t Utf8Length(const std::string& text, std::size_t at) {
 
 void AppendEscaped(unsigned char byte, std::string& out) {
   switch (byte) {
-    case '"': out += "\\\""; return;
-    case '\\': out += "\\\\"; return;
-    case '\n': out += "\\n"; return;
-    case '\t': out += "\\t"; return;
-    case '\r': out += "\\r"; return;
-    default: break;
+    case '"':
+      out += "\\\"";
+      return;
+    case '\\':
+      out += "\\\\";
+      return;
+    case '\n':
+      out += "\\n";
+      return;
+    case '\t':
+      out += "\\t";
+      return;
+    case '\r':
+      out += "\\r";
+      return;
+    default:
+      break;
   }
   char escaped[8];
   std::snprintf(escaped, sizeof escaped, "\\u%04x", byte);
