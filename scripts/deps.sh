@@ -7,8 +7,10 @@ set -euo pipefail
 packages=(cmake g++ make pkg-config zlib1g-dev libboost-dev)
 if [ "${1:-}" = "--tests" ]; then
   # GoogleTest; an independent VTK reader checks the files that dovinspect
-  # exports, and Python's json module its JSON.
-  packages+=(libgtest-dev googletest python3 python3-vtk9 python3-numpy)
+  # exports, and Python's json module its JSON; the Python module is built
+  # with pybind11 and tested with pytest.
+  packages+=(libgtest-dev googletest python3 python3-vtk9 python3-numpy python3-dev \
+             pybind11-dev python3-pytest)
 fi
 if [ "${1:-}" = "--bench" ]; then
   packages+=(libhdf5-dev gnuplot-nox)

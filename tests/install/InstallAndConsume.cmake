@@ -1,4 +1,5 @@
-# cmake -DBUILD_DIR=... -DWORK_DIR=... -DCONSUMER_DIR=... -DCXX=... -P InstallAndConsume.cmake
+# cmake -DBUILD_DIR=... -DWORK_DIR=... -DCONSUMER_DIR=... -DCXX=... [-DPYTHON=... -DPYTHON_PACKAGES=...]
+#       -P InstallAndConsume.cmake
 
 function(run)
   execute_process(COMMAND ${ARGN} RESULT_VARIABLE result OUTPUT_VARIABLE out ERROR_VARIABLE err)
@@ -44,4 +45,13 @@ message(STATUS "pkg-config consumer: ${last_output}")
 if(EXISTS ${prefix}/bin/dovinspect)
   run(${prefix}/bin/dovinspect --version)
   message(STATUS "installed dovinspect: ${last_output}")
+endif()
+
+# The Python package, where it was built: found under the prefix, with the
+# installed library beside it.
+if(PYTHON)
+  set(ENV{PYTHONPATH} ${prefix}/${PYTHON_PACKAGES})
+  unset(ENV{LD_LIBRARY_PATH})
+  run(${PYTHON} -c "import dovwriter\nprint(dovwriter.__file__)\ndovwriter.Scene('installed')")
+  message(STATUS "Python package: ${last_output}")
 endif()

@@ -9,6 +9,7 @@
 #include "Json.h"
 #include "Reading.h"
 #include "ValueNames.h"
+#include "Verify.h"
 
 namespace DovInspect {
 
@@ -57,6 +58,8 @@ void CheckDatasets(const ModelFile& model, std::vector<std::string>& violations)
   }
 }
 
+}  // namespace
+
 std::vector<std::string> VerifyModel(const std::string& path) {
   // A file of another kind is one finding, not a list of what its bytes
   // would mean as an index.
@@ -73,6 +76,8 @@ std::vector<std::string> VerifyModel(const std::string& path) {
   }
   return violations;
 }
+
+namespace {
 
 int RunVerify(const CommandLine& line, std::ostream& out, std::ostream&) {
   const std::string& path = line.positional[0];
