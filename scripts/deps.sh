@@ -4,12 +4,14 @@
 set -euo pipefail
 
 # Building the library, the examples and the tools (the demo needs no more).
-packages=(cmake g++ make pkg-config zlib1g-dev libboost-dev)
+packages=(cmake gcc g++ make pkg-config zlib1g-dev libboost-dev)
 if [ "${1:-}" = "--tests" ]; then
-  # GoogleTest; an independent VTK reader checks the files that dovinspect
-  # exports, and Python's json module its JSON; the Python module is built
-  # with pybind11 and tested with pytest.
-  packages+=(libgtest-dev googletest python3 python3-vtk9 python3-numpy python3-dev \
+  # GoogleTest; gfortran builds the Fortran module (left out where no
+  # Fortran compiler is found, but the tests want it); an independent VTK
+  # reader checks the files that dovinspect exports, and Python's json
+  # module its JSON; the Python module is built with pybind11 and tested
+  # with pytest.
+  packages+=(libgtest-dev googletest gfortran python3 python3-vtk9 python3-numpy python3-dev \
              pybind11-dev python3-pytest)
 fi
 if [ "${1:-}" = "--bench" ]; then

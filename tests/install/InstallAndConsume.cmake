@@ -1,5 +1,6 @@
-# cmake -DBUILD_DIR=... -DWORK_DIR=... -DCONSUMER_DIR=... -DCXX=... [-DPYTHON=... -DPYTHON_PACKAGES=...]
-#       -P InstallAndConsume.cmake
+# cmake -DBUILD_DIR=... -DWORK_DIR=... -DCONSUMER_DIR=... -DCXX=... -DCC=...
+#       [-DFC=...] [-DPYTHON=... -DPYTHON_PACKAGES=...] -P InstallAndConsume.cmake
+# With FC, the Fortran module is consumed as well.
 
 function(run)
   execute_process(COMMAND ${ARGN} RESULT_VARIABLE result OUTPUT_VARIABLE out ERROR_VARIABLE err)
@@ -12,15 +13,25 @@ endfunction()
 file(REMOVE_RECURSE ${WORK_DIR})
 set(prefix ${WORK_DIR}/prefix)
 run(${CMAKE_COMMAND} --install ${BUILD_DIR} --prefix ${prefix})
+set(hosts consumer consumer_c)
+if(FC)
+  set(with_fortran ON)
+  list(APPEND hosts consumer_fortran)
+else()
+  set(with_fortran OFF)
+endif()
 
 # The CMake package.
 run(${CMAKE_COMMAND} -S ${CONSUMER_DIR} -B ${WORK_DIR}/consumer -G ${GENERATOR}
-    -DCMAKE_BUILD_TYPE=Release -DCMAKE_PREFIX_PATH=${prefix} -DCMAKE_CXX_COMPILER=${CXX})
+    -DCMAKE_BUILD_TYPE=Release -DCMAKE_PREFIX_PATH=${prefix} -DCMAKE_CXX_COMPILER=${CXX}
+    -DCMAKE_C_COMPILER=${CC} -DCMAKE_Fortran_COMPILER=${FC} -DWITH_FORTRAN=${with_fortran})
 run(${CMAKE_COMMAND} --build ${WORK_DIR}/consumer)
-run(${WORK_DIR}/consumer/consumer)
-message(STATUS "find_package consumer: ${last_output}")
+foreach(host IN LISTS hosts)
+  run(${WORK_DIR}/consumer/${host})
+  message(STATUS "find_package ${host}: ${last_output}")
+endforeach()
 
-# The pkg-config file, found by its own place under the prefix.
+# The pkg-config files, found by their own place under the prefix.
 file(GLOB_RECURSE pc_files ${prefix}/*/dovwriter.pc)
 list(LENGTH pc_files pc_count)
 if(NOT pc_count EQUAL 1)
@@ -28,18 +39,28 @@ if(NOT pc_count EQUAL 1)
 endif()
 get_filename_component(pc_dir ${pc_files} DIRECTORY)
 set(ENV{PKG_CONFIG_PATH} ${pc_dir})
-run(pkg-config --cflags --libs dovwriter)
-string(STRIP "${last_output}" flags)
-separate_arguments(flags UNIX_COMMAND "${flags}")
-# At run time the host finds the library through the rpath that the README
-# shows, taken from the pkg-config file; no LD_LIBRARY_PATH.
-run(pkg-config --variable=libdir dovwriter)
-string(STRIP "${last_output}" lib_dir)
 unset(ENV{LD_LIBRARY_PATH})
-run(${CXX} -std=c++17 ${CONSUMER_DIR}/consumer.cpp ${flags} -Wl,-rpath,${lib_dir}
-    -o ${WORK_DIR}/consumer_pc)
-run(${WORK_DIR}/consumer_pc)
-message(STATUS "pkg-config consumer: ${last_output}")
+
+# consume(HOST PACKAGE COMPILER SOURCE [FLAGS...]): a host built through
+# pkg-config finds the library at run time through the rpath that the
+# README shows, taken from the package's libdir; no LD_LIBRARY_PATH.
+function(consume host package compiler source)
+  run(pkg-config --cflags --libs ${package})
+  string(STRIP "${last_output}" flags)
+  separate_arguments(flags UNIX_COMMAND "${flags}")
+  run(pkg-config --variable=libdir ${package})
+  string(STRIP "${last_output}" lib_dir)
+  run(${compiler} ${ARGN} ${CONSUMER_DIR}/${source} ${flags} -Wl,-rpath,${lib_dir}
+      -o ${WORK_DIR}/${host}_pc)
+  run(${WORK_DIR}/${host}_pc)
+  message(STATUS "pkg-config ${host}: ${last_output}")
+endfunction()
+
+consume(consumer dovwriter ${CXX} consumer.cpp -std=c++17)
+consume(consumer_c dovwriter ${CC} consumer.c -std=c99)
+if(FC)
+  consume(consumer_fortran dovwriter-fortran ${FC} consumer.f90)
+endif()
 
 # The installed tool finds the installed library by itself.
 if(EXISTS ${prefix}/bin/dovinspect)
