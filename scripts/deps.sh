@@ -10,9 +10,10 @@ if [ "${1:-}" = "--tests" ]; then
   # Fortran compiler is found, but the tests want it); an independent VTK
   # reader checks the files that dovinspect exports, and Python's json
   # module its JSON; the Python module is built with pybind11 and tested
-  # with pytest.
+  # with pytest; the fuzz targets need clang and its libFuzzer and
+  # sanitizer runtimes.
   packages+=(libgtest-dev googletest gfortran python3 python3-vtk9 python3-numpy python3-dev \
-             pybind11-dev python3-pytest)
+             pybind11-dev python3-pytest clang libclang-rt-14-dev)
 fi
 if [ "${1:-}" = "--bench" ]; then
   packages+=(libhdf5-dev gnuplot-nox)

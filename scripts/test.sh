@@ -1,8 +1,9 @@
 #!/usr/bin/env bash
 # Builds the library and runs every test stage: the demo of the README's
 # first command, a release build with the whole suite, then the suite again
-# under AddressSanitizer and UndefinedBehaviorSanitizer. Each stage prints how long it took, and a
-# summary of all stages closes the run.
+# under AddressSanitizer and UndefinedBehaviorSanitizer, then a short run of
+# every fuzz target. Each stage prints how long it took, and a summary of
+# all stages closes the run.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
@@ -40,10 +41,16 @@ sanitizers() {
      ctest --output-on-failure --no-tests=error -j "$jobs" -LE no-sanitizer)
 }
 
+# The fuzz targets under clang with ASan and UBSan, each for a short fixed
+# time from the seed corpus, so that a regression that fuzzing finds at once
+# fails the run; then the slowest input of each corpus and its time per MB.
+fuzzing() { bash fuzz/run.sh --seconds 25; }
+
 stage "Dependencies" dependencies
 stage "Demo (the README's first command)" demo
 stage "Release build and tests" release
 stage "Sanitizer build (ASan + UBSan) and tests" sanitizers
+stage "Fuzzing (4 targets, 25 s each)" fuzzing
 
 echo "== Stage times"
 printf '%s\n' "${summary[@]}"

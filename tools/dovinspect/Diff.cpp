@@ -2,8 +2,10 @@
 
 #include <Kel/Util/Coding.h>
 
+#include <algorithm>
 #include <cmath>
 #include <cstdio>
+#include <deque>
 #include <map>
 #include <set>
 
@@ -121,15 +123,25 @@ class Differ {
     CompareAttributes(where, x.attributes, y.attributes);
   }
 
+  static bool SameAttribute(const DovReader::Attribute& a, const DovReader::Attribute& b) {
+    return a.key == b.key && a.kind == b.kind && a.word == b.word && a.longWord == b.longWord &&
+           a.text == b.text;
+  }
+
+  // Equal lists are the same whatever keys they repeat; otherwise each key
+  // is looked up in the other list.
   void CompareAttributes(const std::string& where, const DovReader::AttributeList& x,
                          const DovReader::AttributeList& y) {
+    if (std::equal(x.entries.begin(), x.entries.end(), y.entries.begin(), y.entries.end(),
+                   SameAttribute)) {
+      return;
+    }
     for (const DovReader::Attribute& attribute : x.entries) {
       const DovReader::Attribute* other = y.Find(attribute.key);
       const std::string field = "attribute " + Quoted(attribute.key);
       if (!other) {
         Differs(where, field + " only in the first file");
-      } else if (attribute.kind != other->kind || attribute.word != other->word ||
-                 attribute.longWord != other->longWord || attribute.text != other->text) {
+      } else if (!SameAttribute(attribute, *other)) {
         Differs(where, field + " differs");
       }
     }
@@ -162,22 +174,25 @@ class Differ {
   void CompareGeometry(const DovReader::TreeRecord& x, const DovReader::TreeRecord& y) {
     if (geometriesA_.empty()) geometriesA_ = ById(a_);
     if (geometriesB_.empty()) geometriesB_ = ById(b_);
-    std::map<std::string, const VariableInfo*> ys;
+    // A name that stands twice is matched in order of its occurrences.
+    std::map<std::string, std::deque<const VariableInfo*>> ys;
     for (const VariableInfo& variable : geometriesB_.at(y.id).variables) {
-      ys.emplace(variable.name, &variable);
+      ys[variable.name].push_back(&variable);
     }
     for (const VariableInfo& variable : geometriesA_.at(x.id).variables) {
       const std::string where = Where(x) + " " + Readable(variable.name);
-      auto other = ys.find(variable.name);
-      if (other == ys.end()) {
+      std::deque<const VariableInfo*>& others = ys[variable.name];
+      if (others.empty()) {
         Differs(where, "only in the first file");
         continue;
       }
-      CompareVariable(where, x.id, variable, y.id, *other->second);
-      ys.erase(other);
+      CompareVariable(where, x.id, variable, y.id, *others.front());
+      others.pop_front();
     }
     for (const auto& rest : ys) {
-      Differs(Where(x) + " " + Readable(rest.first), "only in the second file");
+      for (std::size_t i = 0; i < rest.second.size(); ++i) {
+        Differs(Where(x) + " " + Readable(rest.first), "only in the second file");
+      }
     }
   }
 
