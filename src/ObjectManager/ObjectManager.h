@@ -90,6 +90,12 @@ class ObjectManager : public KelDov::Tree {
   // Copies count x "Dimension" elements (the dimension in force now).
   template <class T>
   void setValues(const Identifier& array, const T* values, std::uint64_t count);
+  // The checks that setValues and lendValues share, before anything is
+  // allocated or kept: the identifier, a product that would wrap or not fit
+  // in memory (std::length_error), a null pointer with elements to read
+  // (code 16). Returns the number of elements to take.
+  template <class T>
+  std::uint64_t acceptValues(const Identifier& array, const T* values, std::uint64_t count);
   void setDimension(const Identifier& object, unsigned char dimension);
 
   // Appearance and transformations.
