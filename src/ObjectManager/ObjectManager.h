@@ -10,6 +10,7 @@
 
 #include <boost/any.hpp>
 #include <cstdint>
+#include <functional>
 #include <map>
 #include <memory>
 #include <string>
@@ -191,6 +192,9 @@ class ObjectManager : public KelDov::Tree {
   void setDiagnostics(DiagnosticHandler handler, void* user);
 
   // ---- Tree construction ---------------------------------------------------
+  // Builds the node of one object under the current entry. Groups and shapes
+  // leave what follows (their components, their end) as steps for
+  // buildTree(), which runs them in order.
   void writeObject(std::uint64_t index);
   void writeGroup(std::uint64_t index);
   void writeShape(std::uint64_t index);
@@ -205,6 +209,11 @@ class ObjectManager : public KelDov::Tree {
   FileState fileState = FileState::Unbound;
 
   void refuseCloseInState() const;
+  // The walk from the root, as a loop over buildSteps.
+  void buildTree();
+  // Pushes a step; the last pushed runs first.
+  void thenBuild(std::function<void()> step);
+  std::vector<std::function<void()>> buildSteps;
   // The validation pass: raises code 18 for the first host error found in
   // the part of the table that the walk from `root` reaches.
   void checkSceneForClose() const;
