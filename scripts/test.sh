@@ -1,8 +1,9 @@
 #!/usr/bin/env bash
 # Builds the library and runs every test stage: a release build with the
 # whole suite, then the suite again under AddressSanitizer and
-# UndefinedBehaviorSanitizer. Each stage prints how long it took, and a
-# summary of all stages closes the run.
+# UndefinedBehaviorSanitizer, then the threaded tests under
+# ThreadSanitizer. Each stage prints how long it took, and a summary of all
+# stages closes the run.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
@@ -35,9 +36,20 @@ sanitizers() {
      ctest --output-on-failure --no-tests=error -j "$jobs" -LE no-sanitizer)
 }
 
+# Only the programs that hold threaded tests (label "threads") are built.
+threads() {
+  cmake -S . -B build-tsan -DCMAKE_BUILD_TYPE=RelWithDebInfo -DDOVWRITER_TSAN=ON \
+        -DDOVWRITER_BUILD_TESTS=ON -DDOVWRITER_BUILD_EXAMPLES=OFF \
+        -DDOVWRITER_BUILD_TOOLS=OFF >/dev/null
+  cmake --build build-tsan -j "$jobs" --target threads_tests
+  (cd build-tsan && TSAN_OPTIONS="halt_on_error=1 second_deadlock_stack=1" \
+     ctest --output-on-failure --no-tests=error -j "$jobs" -L threads)
+}
+
 stage "Dependencies" dependencies
 stage "Release build and tests" release
 stage "Sanitizer build (ASan + UBSan) and tests" sanitizers
+stage "ThreadSanitizer build and threaded tests" threads
 
 echo "== Stage times"
 printf '%s\n' "${summary[@]}"
