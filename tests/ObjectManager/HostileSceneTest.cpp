@@ -12,29 +12,19 @@ using namespace Kel::Dov;
 
 namespace {
 
-// Runs `work` on a thread of `stackBytes` of stack and rethrows what it threw.
-void runOnSmallStack(std::size_t stackBytes, const std::function<void()>& work) {
-  struct Job {
-    const std::function<void()>* work;
-    std::exception_ptr failure;
-  } job{&work, nullptr};
+// Runs `work` on a thread of 1 MiB of stack, as hosts' threads often have.
+void runOnSmallStack(std::function<void()> work) {
   pthread_attr_t attributes;
-  ASSERT_EQ(pthread_attr_init(&attributes), 0);
-  ASSERT_EQ(pthread_attr_setstacksize(&attributes, stackBytes), 0);
+  pthread_attr_init(&attributes);
+  pthread_attr_setstacksize(&attributes, 1 << 20);
   pthread_t thread;
-  auto body = [](void* argument) -> void* {
-    Job* running = static_cast<Job*>(argument);
-    try {
-      (*running->work)();
-    } catch (...) {
-      running->failure = std::current_exception();
-    }
+  auto body = [](void* job) -> void* {
+    (*static_cast<std::function<void()>*>(job))();
     return nullptr;
   };
-  ASSERT_EQ(pthread_create(&thread, &attributes, body, &job), 0);
+  ASSERT_EQ(pthread_create(&thread, &attributes, body, &work), 0);
   pthread_join(thread, nullptr);
   pthread_attr_destroy(&attributes);
-  if (job.failure) std::rethrow_exception(job.failure);
 }
 
 }  // namespace
@@ -81,7 +71,7 @@ TEST(HostileScene, ASetRenamedByAShapeIsCheckedUnderItsNewName) {
 TEST(HostileScene, DeepTreesCloseOnASmallStack) {
   const int levels = 100000;
   const std::string path = freshPath();
-  runOnSmallStack(1 << 20, [&] {
+  runOnSmallStack([&] {
     Scene_V1 scene;
     const Identifier root = makeObject(scene, GroupObject, "Level 0");
     Identifier parent = root;
@@ -94,7 +84,7 @@ TEST(HostileScene, DeepTreesCloseOnASmallStack) {
     scene.setMeshType(bottom, PointMesh);
     scene.setCoordinates(bottom, makeArray(scene, Floats{1, 2, 3}, 3));
     scene.addComponent(parent, bottom);
-    closeScene(scene, root, path);
+    EXPECT_NO_THROW(closeScene(scene, root, path));
   });
   ReadModel read(path);
   ASSERT_EQ(read.records().size(), static_cast<std::size_t>(levels) + 1);

@@ -49,13 +49,10 @@ std::vector<std::string> lines(const std::string& path) {
 
 // "Index.cpp : 12 @ message", with no piece of another record in it.
 bool isWholeRecord(const std::string& line) {
-  const std::size_t colon = line.find(" : ");
-  const std::size_t at = line.find(" @ ");
-  if (colon == std::string::npos || at == std::string::npos || at <= colon + 3) return false;
-  const std::string number = line.substr(colon + 3, at - colon - 3);
-  return number.find_first_not_of("0123456789") == std::string::npos &&
-         line.find(" @ ", at + 3) == std::string::npos &&
-         line.find(" : ", at + 3) == std::string::npos;
+  const std::size_t colon = line.find(" : "), at = line.find(" @ ");
+  const std::size_t none = std::string::npos;
+  return colon != none && at != none && colon < at && line.find(" : ", colon + 1) == none &&
+         line.find(" @ ", at + 1) == none;
 }
 
 }  // namespace
