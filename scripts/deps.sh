@@ -3,10 +3,13 @@
 # something is missing. Run as root on a bare machine; harmless elsewhere.
 set -euo pipefail
 
-packages=(cmake g++ make pkg-config zlib1g-dev libboost-dev libgtest-dev googletest)
+# gfortran builds the Fortran module (left out where no Fortran compiler is
+# found, but the tests want it).
+packages=(cmake gcc g++ gfortran make pkg-config zlib1g-dev libboost-dev libgtest-dev googletest)
 if [ "${1:-}" = "--tests" ]; then
-  # An independent VTK reader checks the files that dovinspect exports.
-  packages+=(python3-vtk9 python3-numpy)
+  # An independent VTK reader checks the files that dovinspect exports; the
+  # Python module is built with pybind11 and tested with pytest.
+  packages+=(python3-vtk9 python3-numpy python3-dev pybind11-dev python3-pytest)
 fi
 if [ "${1:-}" = "--bench" ]; then
   packages+=(libhdf5-dev gnuplot-nox)

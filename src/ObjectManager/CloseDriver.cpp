@@ -22,7 +22,7 @@ void ObjectManager::saveTo(const char* path, bool overwrite) {
   fileName = path;
   const bool openBefore = file.stream != nullptr;
   try {
-    SetStreamFile(fileName, overwrite);
+    explainingFailures("saveTo", overwrite, [&] { SetStreamFile(fileName, overwrite); });
   } catch (...) {
     // A stream that this call opened and could not write the head to is
     // closed again, so that the scene is as before and a later saveTo to
@@ -39,17 +39,27 @@ void ObjectManager::createDefaultViews(const Identifier& object) {
 }
 
 void ObjectManager::closeFile(const std::string& path) {
-  if (path != fileName) return;
+  if (path != fileName) {
+    explainIgnoredClose(path.c_str());
+    return;
+  }
   refuseCloseInState();
   checkSceneForClose();
+  // Warnings and the first progress record come while the file still holds
+  // only its head: a handler that stops closeFile() here leaves a scene
+  // that can be closed again.
+  CloseProgress progress(*this, warnBeforeClose());
 
   // From here on a failure leaves a partly built tree and a partly written
   // file behind; a later closeFile() must not build on top of them.
   fileState = FileState::Building;
-  buildTree();
-  Save(file, std::string());
+  explainingFailures("closeFile", false, [&] {
+    buildTree();
+    Save(file, std::string());
+  });
   sharedDatasets.clear();
   fileState = FileState::Finished;
+  progress.finish();
 }
 
 void ObjectManager::refuseCloseInState() const {
