@@ -39,8 +39,8 @@ sanitizers() {
 # Only the programs that hold threaded tests (label "threads") are built.
 threads() {
   cmake -S . -B build-tsan -DCMAKE_BUILD_TYPE=RelWithDebInfo -DDOVWRITER_TSAN=ON \
-        -DDOVWRITER_BUILD_TESTS=ON -DDOVWRITER_BUILD_EXAMPLES=OFF \
-        -DDOVWRITER_BUILD_TOOLS=OFF >/dev/null
+        -DDOVWRITER_BUILD_TESTS=ON -DDOVWRITER_BUILD_EXAMPLES=OFF -DDOVWRITER_BUILD_TOOLS=OFF \
+        -DDOVWRITER_BUILD_PYTHON=OFF -DDOVWRITER_BUILD_FORTRAN=OFF >/dev/null
   cmake --build build-tsan -j "$jobs" --target threads_tests
   (cd build-tsan && TSAN_OPTIONS="halt_on_error=1 second_deadlock_stack=1" \
      ctest --output-on-failure --no-tests=error -j "$jobs" -L threads)
