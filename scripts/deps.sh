@@ -8,8 +8,10 @@ set -euo pipefail
 packages=(cmake gcc g++ gfortran make pkg-config zlib1g-dev libboost-dev libgtest-dev googletest)
 if [ "${1:-}" = "--tests" ]; then
   # An independent VTK reader checks the files that dovinspect exports; the
-  # Python module is built with pybind11 and tested with pytest.
-  packages+=(python3-vtk9 python3-numpy python3-dev pybind11-dev python3-pytest)
+  # Python module is built with pybind11 and tested with pytest; the fuzz
+  # targets need clang and its libFuzzer and sanitizer runtimes.
+  packages+=(python3-vtk9 python3-numpy python3-dev pybind11-dev python3-pytest clang
+             libclang-rt-14-dev)
 fi
 if [ "${1:-}" = "--bench" ]; then
   packages+=(libhdf5-dev gnuplot-nox)

@@ -2,8 +2,8 @@
 # Builds the library and runs every test stage: a release build with the
 # whole suite, then the suite again under AddressSanitizer and
 # UndefinedBehaviorSanitizer, then the threaded tests under
-# ThreadSanitizer. Each stage prints how long it took, and a summary of all
-# stages closes the run.
+# ThreadSanitizer, then a short run of every fuzz target. Each stage prints
+# how long it took, and a summary of all stages closes the run.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
@@ -46,10 +46,16 @@ threads() {
      ctest --output-on-failure --no-tests=error -j "$jobs" -L threads)
 }
 
+# The fuzz targets under clang with ASan and UBSan, each for a short fixed
+# time from the seed corpus, so that a regression that fuzzing finds at once
+# fails the run; then the slowest input of each corpus and its time per MB.
+fuzzing() { bash fuzz/run.sh --seconds 25; }
+
 stage "Dependencies" dependencies
 stage "Release build and tests" release
 stage "Sanitizer build (ASan + UBSan) and tests" sanitizers
 stage "ThreadSanitizer build and threaded tests" threads
+stage "Fuzzing (4 targets, 25 s each)" fuzzing
 
 echo "== Stage times"
 printf '%s\n' "${summary[@]}"

@@ -3,17 +3,19 @@
 
 // A model file opened for the commands: the container, the scene read from
 // it, and the geometries in the form the commands use. Values are fetched
-// one variable at a time, so that "Heavy Data" is never inflated whole.
+// one variable at a time, so that "Heavy Data" is never inflated whole; the
+// container keeps the last block it inflated for the next variable.
 
 #include <string>
 #include <vector>
 
-#include "HeavyData.h"
 #include "Model.h"
 #include "reader/Container.h"
 #include "reader/Scene.h"
 
 namespace DovInspect {
+
+const std::size_t kMaxShownPath = 4096;
 
 class ModelFile : public ValueSource {
  public:
@@ -26,9 +28,11 @@ class ModelFile : public ValueSource {
   const DovReader::Container& Container() const { return container_; }
   const DovReader::Scene& Scene() const { return scene_; }
 
-  // Names from the root down to the entry, joined by '/'.
+  // Names from the root down to the entry, joined by '/'. A path longer
+  // than kMaxShownPath bytes shows only its end, behind ".../", so that the
+  // paths of a deep tree take space in proportion to its entries.
   std::string PathOf(std::uint32_t entryId) const;
-  int DepthOf(std::uint32_t entryId) const;
+  std::uint32_t DepthOf(std::uint32_t entryId) const { return scene_.Depth(entryId); }
   std::vector<GeometryInfo> Geometries() const;
 
   std::vector<std::uint32_t> Words(std::uint32_t entryId, std::size_t variableIndex) override;
@@ -37,7 +41,6 @@ class ModelFile : public ValueSource {
   std::string path_;
   DovReader::Container container_;
   DovReader::Scene scene_;
-  HeavyData heavy_;
 };
 
 // The geometries that `selector` names: "#<entry id>", a path, or a path
