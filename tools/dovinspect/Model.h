@@ -2,8 +2,7 @@
 #define DOVINSPECT_MODEL_H
 
 // What the commands need to know of a model file, independent of how the
-// reader lays it out: the geometries with their variables, and a way to get
-// one variable's values at a time.
+// reader lays it out: the geometries with their variables.
 
 #include <cstdint>
 #include <string>
@@ -33,16 +32,6 @@ struct GeometryInfo {
   std::string path;  // names from the root down, joined by '/'
   std::vector<VariableInfo> variables;
 };
-
-// Gives the values of one variable as 32-bit words (floats by their bits),
-// links followed and reordering undone.
-class ValueSource {
- public:
-  virtual ~ValueSource() = default;
-  virtual std::vector<std::uint32_t> Words(std::uint32_t entryId, std::size_t variableIndex) = 0;
-};
-
-std::vector<float> AsFloats(const std::vector<std::uint32_t>& words);
 
 }  // namespace DovInspect
 

@@ -8,14 +8,14 @@
 #include <string>
 #include <vector>
 
-#include "HeavyData.h"
 #include "Model.h"
 #include "reader/Container.h"
+#include "reader/HeavyData.h"
 #include "reader/Scene.h"
 
 namespace DovInspect {
 
-class ModelFile : public ValueSource {
+class ModelFile {
  public:
   // Throws DovReader::ReadError if the container or the scene is unreadable.
   explicit ModelFile(const std::string& path);
@@ -31,13 +31,15 @@ class ModelFile : public ValueSource {
   int DepthOf(std::uint32_t entryId) const;
   std::vector<GeometryInfo> Geometries() const;
 
-  std::vector<std::uint32_t> Words(std::uint32_t entryId, std::size_t variableIndex) override;
+  // One variable's values as 32-bit words (floats by their bits), links
+  // followed and byte planes undone.
+  std::vector<std::uint32_t> Words(std::uint32_t entryId, std::size_t variableIndex);
 
  private:
   std::string path_;
   DovReader::Container container_;
   DovReader::Scene scene_;
-  HeavyData heavy_;
+  DovReader::HeavyData heavy_;
 };
 
 // The geometries that `selector` names: "#<entry id>", a path, or a path

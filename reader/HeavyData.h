@@ -1,5 +1,5 @@
-#ifndef DOVINSPECT_HEAVYDATA_H
-#define DOVINSPECT_HEAVYDATA_H
+#ifndef DOVREADER_HEAVYDATA_H
+#define DOVREADER_HEAVYDATA_H
 
 // Byte ranges of "Heavy Data", with the last inflated block kept. Datasets
 // are read one after the other and most of them share a block, so keeping
@@ -11,33 +11,37 @@
 #include <vector>
 
 #include "reader/Container.h"
+#include "reader/Scene.h"
 
-namespace DovInspect {
+namespace DovReader {
 
 class HeavyData {
  public:
-  HeavyData(const DovReader::Container& container, const std::string& path);
+  HeavyData(const Container& container, const std::string& path);
 
   std::uint64_t Length() const { return length_; }
-  // Throws ToolError if the range lies beyond the stream.
+  // Throws ReadError if the range lies beyond the stream.
   std::vector<unsigned char> Range(std::uint64_t offset, std::uint64_t length);
+  // The values of a variable that holds its data (links already followed),
+  // as 32-bit words in their original order.
+  std::vector<std::uint32_t> Values(const Variable& holder);
 
  private:
   struct Part {
-    DovReader::BlockInfo block;
+    BlockInfo block;
     std::uint64_t start = 0;   // offset of its first byte in the stream
     std::uint64_t length = 0;  // bytes before compression
   };
 
   const std::vector<unsigned char>& Plain(std::size_t part);
 
-  const DovReader::Container& container_;
+  const Container& container_;
   std::vector<Part> parts_;
   std::uint64_t length_ = 0;
   std::size_t cachedPart_ = SIZE_MAX;
   std::vector<unsigned char> cachedPlain_;
 };
 
-}  // namespace DovInspect
+}  // namespace DovReader
 
 #endif
