@@ -120,6 +120,11 @@ class Model {
   // True if a piece's points or cells are not the same data at every step.
   bool GeometryVaries(const ModelPiece& piece) const;
 
+  // Counts from the variable records alone, without reading values: the
+  // points of a piece, and the cells of one geometry.
+  std::uint64_t PointCount(const ModelPiece& piece, int step) const;
+  std::uint64_t CellCount(std::uint32_t geometry, int step) const;
+
   // One variable's values as 32-bit words (floats by their bits).
   std::vector<std::uint32_t> Values(std::uint32_t entryId, int index);
   PointSet ReadPoints(const ModelPiece& piece, int step);

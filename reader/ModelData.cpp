@@ -110,6 +110,26 @@ std::vector<FieldInfo> Model::Fields(const ModelPiece& piece, int step) const {
   return fields;
 }
 
+std::uint64_t Model::PointCount(const ModelPiece& piece, int step) const {
+  for (std::uint32_t geometry : piece.geometries) {
+    const int coordinates = Roles(geometry, step).coordinates;
+    if (coordinates != kNoVariable) return Holder(geometry, coordinates)->byteSize / 12;
+  }
+  return 0;
+}
+
+// As ReadCells counts them: a cell per polylength entry, else one per
+// connectivity entry, else a vertex per point.
+std::uint64_t Model::CellCount(std::uint32_t geometry, int step) const {
+  const GeometryRoles roles = Roles(geometry, step);
+  for (int index : {roles.polylength, roles.connectivity}) {
+    const Variable* holder = Holder(geometry, index);
+    if (holder != nullptr && holder->byteSize >= 4) return holder->byteSize / 4;
+  }
+  const Variable* points = Holder(geometry, roles.coordinates);
+  return points == nullptr ? 0 : points->byteSize / 12;
+}
+
 bool Model::GeometryVaries(const ModelPiece& piece) const {
   if (!piece.perValue) return false;
   auto data = [this](std::uint32_t geometry, int step) {

@@ -4,9 +4,22 @@
 set -euo pipefail
 
 packages=(cmake g++ make pkg-config zlib1g-dev libboost-dev libgtest-dev googletest)
+installed() {
+  dpkg-query -W -f='${Status}' "$1" 2>/dev/null | grep -q "install ok installed"
+}
 if [ "${1:-}" = "--tests" ]; then
   # An independent VTK reader checks the files that dovinspect exports.
-  packages+=(python3-vtk9 python3-numpy)
+  # ParaView's Python package brings VTK too and conflicts with Debian's
+  # own, so where ParaView is installed it serves.
+  packages+=(python3-numpy)
+  installed python3-paraview || packages+=(python3-vtk9)
+fi
+if [ "${1:-}" = "--paraview" ]; then
+  # The reader plugin: ParaView's headers and what its CMake package looks
+  # for (MPI's C interface, Python's headers, expat, lzma), pvpython, and an
+  # X server in memory with a software OpenGL for rendering offscreen.
+  packages+=(paraview-dev python3-paraview libopenmpi-dev python3-dev libexpat1-dev liblzma-dev
+             xvfb libgl1-mesa-dri)
 fi
 if [ "${1:-}" = "--bench" ]; then
   packages+=(libhdf5-dev gnuplot-nox)
@@ -14,7 +27,7 @@ fi
 
 missing=()
 for p in "${packages[@]}"; do
-  dpkg-query -W -f='${Status}' "$p" 2>/dev/null | grep -q "install ok installed" || missing+=("$p")
+  installed "$p" || missing+=("$p")
 done
 if [ ${#missing[@]} -eq 0 ]; then
   exit 0
