@@ -184,6 +184,8 @@ int vtkDovReader::RequestInformation(vtkInformation*, vtkInformationVector**,
     if (!this->Internal->model || this->Internal->openedFile != this->FileName) {
       this->Internal->model.reset(new Model(this->FileName));
       this->Internal->openedFile = this->FileName;
+      this->PointArrays->RemoveAllArrays();  // those of the file before
+      this->CellArrays->RemoveAllArrays();
     }
   } catch (const std::exception& e) {
     this->Internal->model.reset();
@@ -230,42 +232,54 @@ int vtkDovReader::RequestData(vtkInformation*, vtkInformationVector**,
                           ? info->Get(vtkStreamingDemandDrivenPipeline::UPDATE_TIME_STEP())
                           : 0.0;
   const int step = StepAt(model.Steps().times, time);
-  const auto rule = static_cast<DovReader::CellRule>(this->CellRule);
-  try {
-    unsigned int block = 0;
-    for (const ModelPiece& piece : model.Pieces()) {
-      const DovReader::PointSet points = model.ReadPoints(piece, step);
-      this->Warn(points.warnings);
-      // The element sets of a mesh share their points and point data.
-      const vtkSmartPointer<vtkPoints> shared = MakePoints(points);
-      const std::vector<FieldInfo> fields = model.Fields(piece, step);
-      std::vector<vtkSmartPointer<vtkAbstractArray>> pointArrays;
-      if (!points.nodeIds.empty()) pointArrays.push_back(MakeNodeIds(points));
-      for (const FieldInfo& field : fields)
-        if (this->PointArrays->ArrayIsEnabled(field.name.c_str()) &&
-            DovReader::Classify(field, points.Count(), 0) == Association::Point)
-          pointArrays.push_back(ResultArray(model, field));
-      for (std::size_t position = 0; position < piece.geometries.size(); ++position) {
-        const DovReader::CellSet cells = model.ReadCells(piece, position, step, points, rule);
-        this->Warn(cells.warnings);
-        vtkNew<vtkUnstructuredGrid> grid;
-        grid->SetPoints(shared);
-        SetCells(grid, cells);
-        for (const auto& array : pointArrays) grid->GetPointData()->AddArray(array);
-        for (const FieldInfo& field : fields)
-          if (this->CellArrays->ArrayIsEnabled(field.name.c_str()) &&
-              DovReader::Classify(field, points.Count(), cells.Count()) == Association::Cell)
-            grid->GetCellData()->AddArray(ResultArray(model, field));
-        const DovReader::ModelNode& node = model.Node(piece.geometries[position]);
-        AddAppearance(grid, node);
-        output->SetBlock(block, grid);
-        output->GetMetaData(block)->Set(vtkCompositeDataSet::NAME(), node.path.c_str());
-        ++block;
-      }
+  unsigned int block = 0;
+  // A piece or geometry that cannot be read is left out with a warning;
+  // the others still come.
+  for (const ModelPiece& piece : model.Pieces()) {
+    try {
+      this->AddPiece(piece, step, output, block);
+    } catch (const std::exception& e) {
+      this->Warn({piece.path + " left out: " + e.what()});
     }
-  } catch (const std::exception& e) {
-    vtkErrorMacro("Cannot read " << this->FileName << ": " << e.what());
-    return 0;
   }
   return 1;
+}
+
+void vtkDovReader::AddPiece(const ModelPiece& piece, int step, vtkMultiBlockDataSet* output,
+                            unsigned int& block) {
+  Model& model = *this->Internal->model;
+  const DovReader::PointSet points = model.ReadPoints(piece, step);
+  this->Warn(points.warnings);
+  // The element sets of a mesh share their points and point data.
+  const vtkSmartPointer<vtkPoints> shared = MakePoints(points);
+  const std::vector<FieldInfo> fields = model.Fields(piece, step);
+  std::vector<vtkSmartPointer<vtkAbstractArray>> pointArrays;
+  if (!points.nodeIds.empty()) pointArrays.push_back(MakeNodeIds(points));
+  for (const FieldInfo& field : fields)
+    if (this->PointArrays->ArrayIsEnabled(field.name.c_str()) &&
+        DovReader::Classify(field, points.Count(), 0) == Association::Point)
+      pointArrays.push_back(ResultArray(model, field));
+  const auto rule = static_cast<DovReader::CellRule>(this->CellRule);
+  for (std::size_t position = 0; position < piece.geometries.size(); ++position) {
+    const DovReader::ModelNode& node = model.Node(piece.geometries[position]);
+    vtkNew<vtkUnstructuredGrid> grid;
+    try {
+      const DovReader::CellSet cells = model.ReadCells(piece, position, step, points, rule);
+      this->Warn(cells.warnings);
+      grid->SetPoints(shared);
+      SetCells(grid, cells);
+      for (const auto& array : pointArrays) grid->GetPointData()->AddArray(array);
+      for (const FieldInfo& field : fields)
+        if (this->CellArrays->ArrayIsEnabled(field.name.c_str()) &&
+            DovReader::Classify(field, points.Count(), cells.Count()) == Association::Cell)
+          grid->GetCellData()->AddArray(ResultArray(model, field));
+    } catch (const std::exception& e) {
+      this->Warn({node.path + " left out: " + e.what()});
+      continue;
+    }
+    AddAppearance(grid, node);
+    output->SetBlock(block, grid);
+    output->GetMetaData(block)->Set(vtkCompositeDataSet::NAME(), node.path.c_str());
+    ++block;
+  }
 }

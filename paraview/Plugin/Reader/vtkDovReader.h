@@ -18,6 +18,10 @@
 #include <vector>  // for std::vector
 
 class vtkDataArraySelection;
+class vtkMultiBlockDataSet;
+namespace DovReader {
+struct ModelPiece;
+}
 
 class DOVPARAVIEWREADER_EXPORT vtkDovReader : public vtkMultiBlockDataSetAlgorithm {
  public:
@@ -57,6 +61,10 @@ class DOVPARAVIEWREADER_EXPORT vtkDovReader : public vtkMultiBlockDataSetAlgorit
 
   // Data left out of the output, and why, as VTK warnings.
   void Warn(const std::vector<std::string>& warnings);
+
+  // Adds a block per geometry of `piece`, from `block` on.
+  void AddPiece(const DovReader::ModelPiece& piece, int step, vtkMultiBlockDataSet* output,
+                unsigned int& block);
 
   class Internals;
   Internals* Internal;
