@@ -1,10 +1,13 @@
 // A host program that writes a realistic model: a bracket plate meshed with
 // 100,000 nodes, divided into three coloured element sets, two bolts placed
 // by transformations, and displacement and stress over ten load states.
+// It listens to the scene's diagnostics: warnings go to stderr, and on a
+// terminal a bar shows how far the write has come.
 //
 //   plate_model [file]        (default: plate_model.dov)
 
 #include <DovWriter/DovWriter.h>
+#include <unistd.h>
 
 #include <cmath>
 #include <cstdio>
@@ -117,12 +120,34 @@ Identifier placeAt(Scene_V1& scene, const char* name, float x, float y) {
   return placement;
 }
 
+// Warnings always; the bar only where stderr is a terminal, so that logs
+// stay clean. It is redrawn when it grows by a step, not at every record.
+void onDiagnostic(const DiagnosticRecord& record, void* user) {
+  if (record.kind == Diagnostic::Warning) {
+    std::fprintf(stderr, "warning %d: %s\n", record.code, record.text);
+    return;
+  }
+  int& drawn = *static_cast<int*>(user);
+  const int width = 40;
+  const int filled =
+      record.total != 0 ? static_cast<int>(width * record.done / record.total) : width;
+  if (filled == drawn || !isatty(STDERR_FILENO)) return;
+  drawn = filled;
+  std::fprintf(stderr, "\rwriting [%.*s%*s] %3d%%", filled,
+               "########################################", width - filled, "",
+               100 * filled / width);
+  if (filled == width) std::fputc('\n', stderr);
+  std::fflush(stderr);
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
   const char* path = argc > 1 ? argv[1] : "plate_model.dov";
   try {
-    Scene_V1 scene("bracket");
+    Scene_V2 scene("bracket");
+    int barDrawn = -1;
+    scene.setDiagnostics(&onDiagnostic, &barDrawn);
     scene.setApplicationInfo("plate_model example", "1.0");
 
     std::vector<float> nodes;

@@ -18,7 +18,10 @@ void Scene_V0::saveTo(const char* path, const char* /*unused*/, bool /*unusedFla
 void Scene_V0::closeFile(const char* path) {
   // A null path names no file, so it matches none: nothing happens, as for
   // any other path that differs from the one given to saveTo().
-  if (path == nullptr) return;
+  if (path == nullptr) {
+    manager->explainIgnoredClose(path);
+    return;
+  }
   manager->closeFile(std::string(path));
 }
 

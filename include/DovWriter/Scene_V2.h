@@ -39,23 +39,46 @@ struct WriteOptions {
 // What a diagnostic record is about.
 enum class Diagnostic : std::int32_t { Progress = 0, Warning = 1 };
 
+// The code of a Warning record: one stable number per kind of warning. The
+// first group tells of data that the file will not hold, found when
+// closeFile() starts (ResultWithoutGroup already at setResult); the second
+// explains a file operation that failed or did nothing.
+enum class WarningCode : std::int32_t {
+  ElementType = 1,             // an array of an element type its role does not read
+  SkippedObject = 2,           // an object that closeFile leaves out, and why
+  ResultWithoutGroup = 3,      // setResult without an instance group records nothing
+  UnusedMaterial = 4,          // setMaterial on an object that takes no material
+  NameNotKept = 5,             // a name that the file does not keep
+  InexactNodeId = 6,           // node ids that a 32-bit float does not hold exactly
+  NodeOutsideCoordinates = 7,  // connectivity naming a node beyond the coordinates
+  CellOutsideMesh = 8,         // element set cells on a mesh without those cells
+  UnusedData = 9,              // data bound where nothing reads it
+  AttributesNotKept = 10,      // attributes that the file does not keep
+  ExtraComponent = 11,         // a shape with a second component: closeFile fails
+  FileFailure = 20,            // a file could not be opened or written: path and reason
+  FileExists = 21,             // saveTo refused an existing file: the overwrite flag
+  CloseIgnored = 22            // closeFile with another path than saveTo's did nothing
+};
+
 struct DiagnosticRecord {
   Diagnostic kind;
-  // Warning: a stable number per kind of warning (listed in the README);
-  // Progress: 0.
+  // Warning: a WarningCode; Progress: 0.
   std::int32_t code;
   // The index of the object concerned, or all bits set for none.
   std::uint64_t object;
   // One readable sentence; valid during the call only.
   const char* text;
-  // Progress: bytes of numbers written so far and expected in all.
+  // Progress: bytes of numbers ("Heavy Data") handed to the file so far,
+  // and expected in all; done never passes total, and the last record of a
+  // closeFile() that succeeds has done == total. 0 for a Warning.
   std::uint64_t done;
   std::uint64_t total;
 };
 
 // Called on the host's own thread, during the scene's calls. An exception
 // thrown here is not swallowed: it leaves the scene's call that made the
-// record, as a failure of the library would.
+// record, as a failure of the library would (the README tells the state of
+// the file then).
 using DiagnosticHandler = void (*)(const DiagnosticRecord& record, void* user);
 
 class DOVWRITER_API Scene_V2 : public Scene_V1 {

@@ -20,7 +20,7 @@ void ObjectManager::saveTo(const char* path, bool overwrite) {
     KEL_RAISE(19, "saveTo after closeFile: this scene has already built its file", SaveToMethod);
   if (path == nullptr) KEL_RAISE(16, "saveTo without a path", SaveToMethod);
   fileName = path;
-  SetStreamFile(fileName, overwrite);
+  explainingFailures("saveTo", overwrite, [&] { SetStreamFile(fileName, overwrite); });
   fileState = FileState::Bound;
 }
 
@@ -30,17 +30,27 @@ void ObjectManager::createDefaultViews(const Identifier& object) {
 }
 
 void ObjectManager::closeFile(const std::string& path) {
-  if (path != fileName) return;
+  if (path != fileName) {
+    explainIgnoredClose(path.c_str());
+    return;
+  }
   refuseCloseInState();
   checkSceneForClose();
+  // Warnings and the first progress record come while the file still holds
+  // only its head: a handler that stops closeFile() here leaves a scene
+  // that can be closed again.
+  CloseProgress progress(*this, warnBeforeClose());
 
   // From here on a failure leaves a partly built tree and a partly written
   // file behind; a later closeFile() must not build on top of them.
   fileState = FileState::Building;
-  writeObject(root);
-  Save(file, std::string());
+  explainingFailures("closeFile", false, [&] {
+    writeObject(root);
+    Save(file, std::string());
+  });
   sharedDatasets.clear();
   fileState = FileState::Finished;
+  progress.finish();
 }
 
 void ObjectManager::refuseCloseInState() const {

@@ -64,7 +64,10 @@ KelDov::VariableRef ObjectManager::addVariableOrLink(const std::string& name, Va
   else if (target == nullptr && values.indices != nullptr)
     offset = WriteStreamDataset(*values.indices, values.width);
 
-  const KelDov::VariableRef added = AddVariable(name, type, offset, values.Describe(), attributes);
+  const KelDov::NumericArray described = values.Describe();
+  if (progress != nullptr && target == nullptr && values.HasData())
+    progress->datasetWritten(offset + described.byteSize);
+  const KelDov::VariableRef added = AddVariable(name, type, offset, described, attributes);
   if (target != nullptr) LinkVariable(added, *target);
   return added;
 }

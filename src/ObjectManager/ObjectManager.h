@@ -5,6 +5,7 @@
 // and, by derivation, the scene tree and the output file that closeFile()
 // builds from it.
 
+#include <DovWriter/Exception.h>
 #include <DovWriter/Scene_V2.h>
 #include <DovWriter/Types.h>
 
@@ -19,6 +20,7 @@
 #include "Kel/Dov/AttributeMap.h"
 #include "Kel/Dov/Geometry.h"
 #include "Kel/Dov/Tree.h"
+#include "ObjectManager/Diagnostics.h"
 
 namespace Kel {
 namespace Dov {
@@ -183,6 +185,10 @@ class ObjectManager : public KelDov::Tree {
   template <class T>
   void lendValues(const Identifier& array, const T* values, std::uint64_t count);
   void setDiagnostics(DiagnosticHandler handler, void* user);
+  // Sends a warning to the host's handler, if there is one (Diagnostics.h).
+  void warn(WarningCode code, std::uint64_t object, const std::string& text);
+  // Tells the host that closeFile(path) did nothing, and why.
+  void explainIgnoredClose(const char* path);
 
   // ---- Tree construction ---------------------------------------------------
   void writeObject(std::uint64_t index);
@@ -198,10 +204,28 @@ class ObjectManager : public KelDov::Tree {
   enum class FileState { Unbound, Bound, Building, Finished };
   FileState fileState = FileState::Unbound;
 
+  friend class CloseProgress;
+
   void refuseCloseInState() const;
   // The validation pass: raises code 18 for the first host error found in
   // the part of the table that the walk from `root` reaches.
   void checkSceneForClose() const;
+  // With a handler: warns of what the walk from `root` will not put in the
+  // file, and returns the bytes of numbers it will write. Changes nothing.
+  std::uint64_t warnBeforeClose();
+  // Runs `call`; a failure of it is explained to the handler before it
+  // leaves, where its text does not say which file or why.
+  template <class Call>
+  void explainingFailures(const char* operation, bool overwrite, Call&& call) {
+    try {
+      call();
+    } catch (const Kel::Util::Exception& failure) {
+      explainFailure(operation, failure, overwrite);
+      throw;
+    }
+  }
+  void explainFailure(const char* operation, const Kel::Util::Exception& failure, bool overwrite);
+  void warnResultWithoutGroup(std::uint64_t mesh, const std::string& name, std::uint64_t array);
 
   // Adds a child of the current entry holding `node` and makes it current.
   template <class NodeType>
@@ -256,8 +280,9 @@ class ObjectManager : public KelDov::Tree {
   std::uint64_t root = NoObject;
   std::map<std::uint64_t, KelDov::VariableRef> sharedDatasets;
   WriteOptions options;
-  DiagnosticHandler diagnosticHandler = nullptr;
-  void* diagnosticUser = nullptr;
+  DiagnosticChannel diagnostics;
+  // Set while a closeFile() with a handler runs (CloseProgress).
+  ProgressMeter* progress = nullptr;
 };
 
 }  // namespace Dov

@@ -112,14 +112,26 @@ void ObjectManager::setResult(const Identifier& mesh, const char* name, const Id
   // Without an instance group there is nowhere to record the result; the
   // arguments are checked and the name dropped.
   ValidateAll(*this, mesh, array);
-  RequireText(name, "Kel::Dov::ObjectManager::setResult");
+  warnResultWithoutGroup(mesh.second, RequireText(name, "Kel::Dov::ObjectManager::setResult"),
+                         array.second);
 }
 
 void ObjectManager::setResult(const Identifier& mesh, const char* name, VariableType type,
                               const Identifier& array) {
   ValidateAll(*this, mesh, array);
-  RequireText(name, "Kel::Dov::ObjectManager::setResult");
+  const std::string resultName = RequireText(name, "Kel::Dov::ObjectManager::setResult");
   StoreResultShape(*this, array.second, type);
+  warnResultWithoutGroup(mesh.second, resultName, array.second);
+}
+
+void ObjectManager::warnResultWithoutGroup(std::uint64_t mesh, const std::string& name,
+                                           std::uint64_t array) {
+  if (!diagnostics.active()) return;
+  warn(WarningCode::ResultWithoutGroup, array,
+       "setResult(\"" + name + "\") on " + describeObject(*this, mesh) + " with the values of " +
+           describeObject(*this, array) +
+           " has no instance group: nothing is recorded and the result does not reach the "
+           "file; results reach it through the forms with an instance group and a value");
 }
 
 template <class T>

@@ -32,8 +32,7 @@ void ObjectManager::lendValues(const Identifier& array, const T* values, std::ui
 }
 
 void ObjectManager::setDiagnostics(DiagnosticHandler handler, void* user) {
-  diagnosticHandler = handler;
-  diagnosticUser = handler != nullptr ? user : nullptr;
+  diagnostics.attach(handler, user);
 }
 
 #define DOVWRITER_INSTANTIATE_LEND_VALUES(T) \

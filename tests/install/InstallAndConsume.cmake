@@ -1,4 +1,6 @@
-# cmake -DBUILD_DIR=... -DWORK_DIR=... -DCONSUMER_DIR=... -DCXX=... -P InstallAndConsume.cmake
+# cmake -DBUILD_DIR=... -DWORK_DIR=... -DCONSUMER_DIR=... -DCXX=... -DCC=...
+#       [-DFC=...] [-DPYTHON=... -DPYTHON_PACKAGES=...] -P InstallAndConsume.cmake
+# With FC, the Fortran module is consumed as well.
 
 function(run)
   execute_process(COMMAND ${ARGN} RESULT_VARIABLE result OUTPUT_VARIABLE out ERROR_VARIABLE err)
@@ -11,27 +13,56 @@ endfunction()
 file(REMOVE_RECURSE ${WORK_DIR})
 set(prefix ${WORK_DIR}/prefix)
 run(${CMAKE_COMMAND} --install ${BUILD_DIR} --prefix ${prefix})
+set(hosts consumer consumer_c)
+if(FC)
+  set(with_fortran ON)
+  list(APPEND hosts consumer_fortran)
+else()
+  set(with_fortran OFF)
+endif()
 
 # The CMake package.
 run(${CMAKE_COMMAND} -S ${CONSUMER_DIR} -B ${WORK_DIR}/consumer -G ${GENERATOR}
-    -DCMAKE_BUILD_TYPE=Release -DCMAKE_PREFIX_PATH=${prefix} -DCMAKE_CXX_COMPILER=${CXX})
+    -DCMAKE_BUILD_TYPE=Release -DCMAKE_PREFIX_PATH=${prefix} -DCMAKE_CXX_COMPILER=${CXX}
+    -DCMAKE_C_COMPILER=${CC} -DCMAKE_Fortran_COMPILER=${FC} -DWITH_FORTRAN=${with_fortran})
 run(${CMAKE_COMMAND} --build ${WORK_DIR}/consumer)
-run(${WORK_DIR}/consumer/consumer)
-message(STATUS "find_package consumer: ${last_output}")
+foreach(host IN LISTS hosts)
+  run(${WORK_DIR}/consumer/${host})
+  message(STATUS "find_package ${host}: ${last_output}")
+endforeach()
 
-# The pkg-config file, found by its own place under the prefix.
+# The pkg-config files, found by their own place under the prefix.
 file(GLOB_RECURSE pc_files ${prefix}/*/dovwriter.pc)
 list(LENGTH pc_files pc_count)
 if(NOT pc_count EQUAL 1)
   message(FATAL_ERROR "Expected one dovwriter.pc under ${prefix}, found: ${pc_files}")
 endif()
 get_filename_component(pc_dir ${pc_files} DIRECTORY)
-set(ENV{PKG_CONFIG_PATH} ${pc_dir})
-run(pkg-config --cflags --libs dovwriter)
-string(STRIP "${last_output}" flags)
-separate_arguments(flags UNIX_COMMAND "${flags}")
-run(${CXX} -std=c++17 ${CONSUMER_DIR}/consumer.cpp ${flags} -o ${WORK_DIR}/consumer_pc)
 get_filename_component(lib_dir ${pc_dir} DIRECTORY)
+set(ENV{PKG_CONFIG_PATH} ${pc_dir})
 set(ENV{LD_LIBRARY_PATH} ${lib_dir})
-run(${WORK_DIR}/consumer_pc)
-message(STATUS "pkg-config consumer: ${last_output}")
+
+# consume(HOST PACKAGE COMPILER SOURCE [FLAGS...])
+function(consume host package compiler source)
+  run(pkg-config --cflags --libs ${package})
+  string(STRIP "${last_output}" flags)
+  separate_arguments(flags UNIX_COMMAND "${flags}")
+  run(${compiler} ${ARGN} ${CONSUMER_DIR}/${source} ${flags} -o ${WORK_DIR}/${host}_pc)
+  run(${WORK_DIR}/${host}_pc)
+  message(STATUS "pkg-config ${host}: ${last_output}")
+endfunction()
+
+consume(consumer dovwriter ${CXX} consumer.cpp -std=c++17)
+consume(consumer_c dovwriter ${CC} consumer.c -std=c99)
+if(FC)
+  consume(consumer_fortran dovwriter-fortran ${FC} consumer.f90)
+endif()
+
+# The Python package, where it was built: found under the prefix, with the
+# installed library beside it.
+if(PYTHON)
+  set(ENV{PYTHONPATH} ${prefix}/${PYTHON_PACKAGES})
+  unset(ENV{LD_LIBRARY_PATH})
+  run(${PYTHON} -c "import dovwriter\nprint(dovwriter.__file__)\ndovwriter.Scene('installed')")
+  message(STATUS "Python package: ${last_output}")
+endif()

@@ -7,6 +7,7 @@
 #include "Failure.h"
 #include "Reading.h"
 #include "ValueNames.h"
+#include "Verify.h"
 
 namespace DovInspect {
 
@@ -55,6 +56,8 @@ void CheckDatasets(const ModelFile& model, std::vector<std::string>& violations)
   }
 }
 
+}  // namespace
+
 std::vector<std::string> VerifyModel(const std::string& path) {
   std::vector<std::string> violations = DovReader::Container::Verify(path);
   if (!violations.empty()) return violations;  // the scene cannot be trusted either
@@ -68,6 +71,8 @@ std::vector<std::string> VerifyModel(const std::string& path) {
   }
   return violations;
 }
+
+namespace {
 
 int RunVerify(const CommandLine& line, std::ostream& out, std::ostream&) {
   const std::string& path = line.positional[0];

@@ -15,14 +15,12 @@ const std::string ResourcesStream("Resources");
 const std::string GlobalInformationStream("Global Information");
 const std::string ViewPointsStream("View Points");
 
-namespace {
-
-// Keys that describe how the host held its data, not the data: they never
-// reach the file.
 bool IsDroppedAttributeKey(const std::string& key) {
   return key == "Complex" || key == "Contents" || key == "DataSource" || key == "DataType" ||
          key == "Structure" || key.compare(0, 5, "Link.") == 0;
 }
+
+namespace {
 
 bool IsVibrationMode(const AttributeMap& attributes) {
   auto category = attributes.find("Category");

@@ -98,6 +98,10 @@ class Tree : public KelAdt::Tree<Node*> {
   std::vector<std::shared_ptr<void>> sharedList;
 };
 
+// Keys of variable attributes that describe how the host held its data, not
+// the data: AddVariable never keeps them.
+bool IsDroppedAttributeKey(const std::string& key);
+
 // The framed records of a list of global information, whole in one block.
 void PutGlobalInformation(KelTmf::Index& index, const std::string& stream,
                           const std::vector<GlobalInformation>& list);
