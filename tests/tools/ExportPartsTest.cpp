@@ -14,14 +14,7 @@ namespace DovInspect {
 namespace {
 
 using namespace Kel::Dov;
-
-template <class T>
-Identifier Array(Scene_V1& scene, const std::vector<T>& values, unsigned char width = 1) {
-  Identifier array = scene.createObject(ArrayObject);
-  scene.setDimension(array, width);
-  scene.setValues(array, values.data(), values.size() / width);
-  return array;
-}
+using ToolTest::Array;
 
 // A triangle mesh "Moving" whose coordinates are given per value, 1 and 2.
 Identifier MovingMesh(Scene_V1& scene) {
