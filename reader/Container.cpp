@@ -1,5 +1,6 @@
 #include "reader/Container.h"
 
+#include <algorithm>
 #include <cstring>
 #include <sstream>
 
@@ -52,6 +53,7 @@ struct RawEntry {
   BlockInfo info;
   std::uint32_t nameSize;
   std::uint8_t reserved;
+  bool nameFieldPadded;  // only zero bytes behind the name
 };
 
 RawEntry ParseEntry(const unsigned char* entry) {
@@ -60,6 +62,8 @@ RawEntry ParseEntry(const unsigned char* entry) {
   raw.nameSize = Kel::Util::DecodeFixed32(entry + 1);
   const char* name = reinterpret_cast<const char*>(entry + 5);
   raw.info.name.assign(name, strnlen(name, NameFieldSize));
+  raw.nameFieldPadded = std::all_of(name + raw.info.name.size(), name + NameFieldSize,
+                                    [](char c) { return c == 0; });
   raw.info.size = Kel::Util::DecodeFixed32(entry + 133);
   raw.info.flags = entry[137];
   raw.reserved = entry[138];
@@ -152,7 +156,7 @@ void Container::WalkIndexes() {
       raw.info.position = position;
       position += raw.info.size;
       blocks.push_back(raw.info);
-      CheckEntry(raw.info, raw.nameSize, raw.reserved);
+      CheckEntry(raw.info, raw.nameSize, raw.reserved, raw.nameFieldPadded);
       if (!raw.info.IsIndexBlock()) continue;
       if (i + 1 == entryCount)
         next = ReadChainedIndex(raw.info);
@@ -182,10 +186,13 @@ std::vector<unsigned char> Container::ReadChainedIndex(const BlockInfo& block) {
   return std::vector<unsigned char>(body.begin() + 4, body.end());
 }
 
-void Container::CheckEntry(const BlockInfo& block, std::uint32_t nameSize, std::uint8_t reserved) {
+void Container::CheckEntry(const BlockInfo& block, std::uint32_t nameSize, std::uint8_t reserved,
+                           bool nameFieldPadded) {
   const std::string where = "entry of " + Describe(block);
   if (nameSize != NameFieldSize)
     problems.push_back(where + ": name-size field " + std::to_string(nameSize) + ", expected 128");
+  if (!nameFieldPadded)
+    problems.push_back(where + ": name field holds bytes other than 0 behind the name");
   if (reserved != 0) problems.push_back(where + ": reserved byte is not 0");
   if ((block.flags & ~0x21) != 0)
     problems.push_back(where + ": unknown flags " + std::to_string(block.flags));

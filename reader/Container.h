@@ -10,6 +10,7 @@
 #include <cstdint>
 #include <cstdio>
 #include <functional>
+#include <map>
 #include <memory>
 #include <stdexcept>
 #include <string>
@@ -41,6 +42,8 @@ struct BlockInfo {
   bool IsStreamBlock() const { return !IsIndexBlock() && !IsPoolBlock(); }
 };
 
+// Not for use by several threads at once: reads share one file position,
+// and the last inflated block is kept for the next range.
 class Container {
  public:
   using BlockCallback = std::function<void(const BlockInfo&, const std::vector<unsigned char>&)>;
@@ -65,7 +68,8 @@ class Container {
   // exactly its stated length.
   std::vector<unsigned char> ReadStream(const std::string& name) const;
   // `length` bytes at `offset` of the stream; inflates only the blocks that
-  // hold them.
+  // hold them, and keeps the last one, so that reading a stream's datasets
+  // one after the other inflates each block once.
   std::vector<unsigned char> ReadStreamRange(const std::string& name, std::uint64_t offset,
                                              std::uint64_t length) const;
   // Calls `callback` with each block of the stream and its plain bytes, in
@@ -85,8 +89,18 @@ class Container {
   // Checks an index block and returns its entries; empty if the chain
   // cannot be followed (the reason is recorded as fatal).
   std::vector<unsigned char> ReadChainedIndex(const BlockInfo& block);
-  void CheckEntry(const BlockInfo& block, std::uint32_t nameSize, std::uint8_t reserved);
+  // `nameFieldPadded`: only zero bytes behind the name in its field.
+  void CheckEntry(const BlockInfo& block, std::uint32_t nameSize, std::uint8_t reserved,
+                  bool nameFieldPadded);
   std::vector<const BlockInfo*> StreamBlocks(const std::string& name) const;
+  // A block of a stream and where its plain bytes stand in the stream.
+  struct StreamPart {
+    std::size_t block;
+    std::uint64_t start, length;
+  };
+  // The parts of a stream, worked out on first use.
+  const std::vector<StreamPart>& Parts(const std::string& name) const;
+  const std::vector<unsigned char>& KeptPlain(std::size_t block) const;
   // The length before compression, from the block's first four bytes.
   std::uint64_t PlainLength(const BlockInfo& block) const;
   void CheckBlocks(std::vector<std::string>& lines) const;
@@ -97,6 +111,9 @@ class Container {
   std::vector<BlockInfo> blocks;
   std::vector<std::string> fatal;     // the walk cannot be trusted
   std::vector<std::string> problems;  // found while walking, not fatal
+  mutable std::map<std::string, std::vector<StreamPart>> parts;
+  mutable std::size_t keptBlock = SIZE_MAX;
+  mutable std::vector<unsigned char> keptPlain;
 };
 
 }  // namespace DovReader

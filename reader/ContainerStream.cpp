@@ -101,10 +101,30 @@ std::vector<std::string> Container::StreamNames() const {
   return names;
 }
 
+const std::vector<Container::StreamPart>& Container::Parts(const std::string& name) const {
+  auto found = parts.find(name);
+  if (found != parts.end()) return found->second;
+  std::vector<StreamPart> list;
+  std::uint64_t start = 0;
+  for (const BlockInfo* block : StreamBlocks(name)) {
+    list.push_back({block->number, start, PlainLength(*block)});
+    start += list.back().length;
+  }
+  return parts.emplace(name, std::move(list)).first->second;
+}
+
+const std::vector<unsigned char>& Container::KeptPlain(std::size_t block) const {
+  if (block != keptBlock) {
+    keptBlock = SIZE_MAX;
+    keptPlain = ReadBlockPlain(blocks[block]);
+    keptBlock = block;
+  }
+  return keptPlain;
+}
+
 std::uint64_t Container::StreamLength(const std::string& name) const {
-  std::uint64_t length = 0;
-  for (const BlockInfo* block : StreamBlocks(name)) length += PlainLength(*block);
-  return length;
+  const std::vector<StreamPart>& list = Parts(name);
+  return list.empty() ? 0 : list.back().start + list.back().length;
 }
 
 void Container::ForEachStreamBlock(const std::string& name, const BlockCallback& callback) const {
@@ -126,19 +146,18 @@ std::vector<unsigned char> Container::ReadStreamRange(const std::string& name, s
     throw ReadError("range " + std::to_string(offset) + "+" + std::to_string(length) +
                     " lies beyond the end of stream \"" + name + "\" (" + std::to_string(total) +
                     " bytes)");
-  std::vector<unsigned char> range;
+  const std::vector<StreamPart>& list = Parts(name);
   const std::uint64_t end = offset + length;
-  std::uint64_t blockStart = 0;
-  for (const BlockInfo* block : StreamBlocks(name)) {
-    if (blockStart >= end) break;
-    const std::uint64_t blockEnd = blockStart + PlainLength(*block);
-    if (blockEnd > offset) {
-      const std::vector<unsigned char> plain = ReadBlockPlain(*block);
-      const std::uint64_t from = std::max(offset, blockStart) - blockStart;
-      const std::uint64_t to = std::min(end, blockEnd) - blockStart;
-      range.insert(range.end(), plain.begin() + from, plain.begin() + to);
-    }
-    blockStart = blockEnd;
+  // The first part that ends behind the offset.
+  auto part = std::upper_bound(
+      list.begin(), list.end(), offset,
+      [](std::uint64_t at, const StreamPart& p) { return at < p.start + p.length; });
+  std::vector<unsigned char> range;
+  for (; part != list.end() && part->start < end; ++part) {
+    const std::vector<unsigned char>& plain = KeptPlain(part->block);
+    const std::uint64_t from = std::max(offset, part->start) - part->start;
+    const std::uint64_t to = std::min(end, part->start + part->length) - part->start;
+    range.insert(range.end(), plain.begin() + from, plain.begin() + to);
   }
   return range;
 }

@@ -29,6 +29,7 @@ bool GroupVisible(const GroupContent& group) {
 // then changes by its own content.
 void Inherit(const ModelNode& parent, ModelNode& node) {
   node.path = parent.path + "/" + node.name;
+  if (node.path.size() > kMaxPath) node.path = ".../" + node.path.substr(node.path.size() - kMaxPath);
   node.matrix = parent.matrix;
   node.hasColor = parent.hasColor;
   node.color = parent.color;
@@ -58,9 +59,7 @@ Association Classify(const FieldInfo& field, std::uint64_t points, std::uint64_t
 }
 
 Model::Model(const std::string& path)
-    : container_(Container::Open(path)),
-      scene_(Scene::Read(container_)),
-      heavy_(container_, path) {
+    : container_(Container::Open(path)), scene_(Scene::Read(container_)) {
   BuildNodes();
   CollectVariables();
   BuildPieces();

@@ -16,8 +16,8 @@
 // ascending order where all of them are distinct numbers, else in order of
 // first use (see TimeAxis).
 //
-// Values are read one variable at a time through a cache of one inflated
-// block, so that the file is never inflated whole.
+// Values are read one variable at a time; the container keeps the last
+// block it inflated, so that the file is never inflated whole.
 
 #include <array>
 #include <cstdint>
@@ -27,7 +27,6 @@
 
 #include "reader/CellTypes.h"
 #include "reader/Container.h"
-#include "reader/HeavyData.h"
 #include "reader/Scene.h"
 #include "reader/Transform.h"
 #include "reader/ValueNames.h"
@@ -40,7 +39,7 @@ struct ModelNode {
   std::uint32_t id = 0;
   NodeKind kind = NodeKind::Other;
   std::string name;
-  std::string path;  // names from the root down, joined by '/'
+  std::string path;  // names from the root down, joined by '/'; see kMaxPath
   std::uint32_t parent = 0;
   std::vector<std::uint32_t> children;
   Matrix4 matrix = IdentityMatrix();  // the groups from the root down to here
@@ -48,6 +47,10 @@ struct ModelNode {
   std::array<float, 3> color{{0.8f, 0.8f, 0.8f}};  // that shape's diffuse colour
   bool visible = true;  // false if this node or one above it is hidden
 };
+
+// A path longer than this keeps only its end, behind ".../", so that the
+// paths of a deep tree take space in proportion to its entries.
+const std::size_t kMaxPath = 4096;
 
 const int kNoStep = -1;
 const int kNoVariable = -1;
@@ -156,7 +159,6 @@ class Model {
 
   Container container_;
   Scene scene_;
-  HeavyData heavy_;
   std::vector<ModelNode> nodes_;  // in ascending id order
   std::map<std::uint32_t, GeometryVariables> variables_;
   std::vector<ModelPiece> pieces_;

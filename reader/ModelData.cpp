@@ -31,7 +31,7 @@ void ReadNodeIds(const std::vector<std::uint32_t>& words, bool isFloat, PointSet
 
 std::vector<std::uint32_t> Model::Values(std::uint32_t entryId, int index) {
   if (index == kNoVariable) return {};
-  return heavy_.Values(*Holder(entryId, index));
+  return scene_.ReadValues(entryId, static_cast<std::uint32_t>(index));
 }
 
 PointSet Model::ReadPoints(const ModelPiece& piece, int step) {

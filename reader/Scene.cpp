@@ -74,24 +74,27 @@ Scene Scene::Read(const Container& container) {
   const std::uint32_t count = tree.Count(MinTreeRecordSize);
   for (std::uint32_t i = 0; i < count; ++i) {
     TreeRecord record = ReadTreeRecord(tree);
-    const std::uint32_t previousId = scene.records.empty() ? 0 : scene.records.back().id;
-    if (record.id <= previousId) tree.Fail("tree ids do not ascend at " + std::to_string(record.id));
     ReadNodeContent(record, light, attributes, resources);
-    scene.variableCount += record.variables.size();
-    scene.records.push_back(std::move(record));
+    scene.AddRecord(std::move(record), tree);
   }
   for (const SceneCursor* cursor : {&tree, &light, &attributes, &resources}) cursor->ExpectEnd();
-  scene.CheckLinks();
+  scene.CheckSiblingLinks();
+  scene.ResolveLinks();
   return scene;
 }
 
-const TreeRecord& Scene::Record(std::uint32_t id) const {
+std::size_t Scene::IndexOf(std::uint32_t id) const {
   // Ids ascend, which Read has checked.
   auto found = std::lower_bound(records.begin(), records.end(), id,
                                 [](const TreeRecord& r, std::uint32_t v) { return r.id < v; });
-  if (found != records.end() && found->id == id) return *found;
+  if (found != records.end() && found->id == id)
+    return static_cast<std::size_t>(found - records.begin());
   throw ReadError("no tree entry with id " + std::to_string(id));
 }
+
+const TreeRecord& Scene::Record(std::uint32_t id) const { return records[IndexOf(id)]; }
+
+std::uint32_t Scene::Depth(std::uint32_t id) const { return depths[IndexOf(id)]; }
 
 const Variable& Scene::GetVariable(std::uint32_t entryId, std::uint32_t variableIndex) const {
   const TreeRecord& record = Record(entryId);
@@ -102,27 +105,9 @@ const Variable& Scene::GetVariable(std::uint32_t entryId, std::uint32_t variable
 }
 
 const Variable& Scene::ResolveVariable(std::uint32_t entryId, std::uint32_t variableIndex) const {
-  const Variable* variable = &GetVariable(entryId, variableIndex);
-  // A chain that visits more variables than the scene has is a cycle.
-  std::size_t steps = 0;
-  while (variable->linked) {
-    if (++steps > variableCount) throw ReadError("variable links form a cycle");
-    variable = &GetVariable(variable->linkEntryId, variable->linkVariableIndex);
-  }
-  return *variable;
-}
-
-void Scene::CheckLinks() const {
-  for (const TreeRecord& record : records) {
-    auto known = [&](std::uint32_t id) {
-      if (id == 0) return;
-      Record(id);
-    };
-    for (std::uint32_t id : {record.parent, record.previousSibling, record.nextSibling,
-                             record.firstChild, record.lastChild})
-      known(id);
-    for (std::uint32_t i = 0; i < record.variables.size(); ++i) ResolveVariable(record.id, i);
-  }
+  GetVariable(entryId, variableIndex);
+  const Position holder = holders[firstVariables[IndexOf(entryId)] + variableIndex];
+  return records[holder.record].variables[holder.variable];
 }
 
 }  // namespace DovReader

@@ -15,6 +15,8 @@
 
 namespace DovReader {
 
+class SceneCursor;
+
 // One entry of a stored attribute map. `word` holds kinds 0 and 1,
 // `longWord` kind 3, `text` kind 2; other kinds carry no value.
 struct Attribute {
@@ -109,8 +111,11 @@ class Scene {
   const GlobalInformation& Information() const { return information; }
   const std::vector<TreeRecord>& Records() const { return records; }
   const TreeRecord& Record(std::uint32_t id) const;
+  // Levels above the entry: 0 for the root.
+  std::uint32_t Depth(std::uint32_t id) const;
   const Variable& GetVariable(std::uint32_t entryId, std::uint32_t variableIndex) const;
-  // The variable that holds the values, after following links.
+  // The variable that holds the values, after following links (resolved
+  // once, when the scene is read).
   const Variable& ResolveVariable(std::uint32_t entryId, std::uint32_t variableIndex) const;
 
   // The values of a variable as 32-bit words, in their original order.
@@ -120,12 +125,24 @@ class Scene {
 
  private:
   explicit Scene(const Container& container) : container(&container) {}
-  void CheckLinks() const;
+  std::size_t IndexOf(std::uint32_t id) const;
+  void AddRecord(TreeRecord record, const SceneCursor& tree);
+  void CheckSiblingLinks() const;
+  void ResolveLinks();
+
+  // Where a variable stands: its record's index in `records` and its own
+  // index in that record's variables.
+  struct Position {
+    std::size_t record;
+    std::uint32_t variable;
+  };
 
   const Container* container;
   GlobalInformation information;
-  std::vector<TreeRecord> records;
-  std::size_t variableCount = 0;
+  std::vector<TreeRecord> records;  // ascending ids, each parent before its children
+  std::vector<std::uint32_t> depths;         // by record index
+  std::vector<std::size_t> firstVariables;   // by record index: its first in `holders`
+  std::vector<Position> holders;             // by variable, in record order: where its values are
 };
 
 // Reverses the byte-plane layout of a dataset of `bytes.size() / 4` values.

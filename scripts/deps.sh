@@ -11,10 +11,11 @@ installed() {
 }
 if [ "${1:-}" = "--tests" ]; then
   # An independent VTK reader checks the files that dovinspect exports; the
-  # Python module is built with pybind11 and tested with pytest. ParaView's
+  # Python module is built with pybind11 and tested with pytest; the fuzz
+  # targets need clang and its libFuzzer and sanitizer runtimes. ParaView's
   # Python package brings VTK too and conflicts with Debian's own, so where
   # ParaView is installed it serves.
-  packages+=(python3-numpy python3-dev pybind11-dev python3-pytest)
+  packages+=(python3-numpy python3-dev pybind11-dev python3-pytest clang libclang-rt-14-dev)
   installed python3-paraview || packages+=(python3-vtk9)
 fi
 if [ "${1:-}" = "--paraview" ]; then

@@ -1,7 +1,8 @@
 #!/usr/bin/env bash
 # Builds the library and runs every test stage: a release build with the
-# whole suite, the ParaView reader plugin with its pvpython tests, then the
-# suite again under AddressSanitizer and UndefinedBehaviorSanitizer. Each stage prints how long it took, and a
+# whole suite, the ParaView reader plugin with its pvpython tests, the suite
+# again under AddressSanitizer and UndefinedBehaviorSanitizer, then a short
+# run of every fuzz target. Each stage prints how long it took, and a
 # summary of all stages closes the run.
 set -euo pipefail
 cd "$(dirname "$0")/.."
@@ -45,10 +46,16 @@ sanitizers() {
      ctest --output-on-failure --no-tests=error -j "$jobs" -LE no-sanitizer)
 }
 
+# The fuzz targets under clang with ASan and UBSan, each for a short fixed
+# time from the seed corpus, so that a regression that fuzzing finds at once
+# fails the run; then the slowest input of each corpus and its time per MB.
+fuzzing() { bash fuzz/run.sh --seconds 25; }
+
 stage "Dependencies" dependencies
 stage "Release build and tests" release
 stage "ParaView reader plugin and pvpython tests" paraview_plugin
 stage "Sanitizer build (ASan + UBSan) and tests" sanitizers
+stage "Fuzzing (4 targets, 25 s each)" fuzzing
 
 echo "== Stage times"
 printf '%s\n' "${summary[@]}"

@@ -122,6 +122,8 @@ TEST(ContainerVerification, EachDamageIsReportedAndUnwalkableFilesAreRefused) {
       {"first index length 2785", [](Bytes& b) { TmfTest::Put32(b, 12, 2785); }, true},
       {"first index count 21", [](Bytes& b) { TmfTest::Put32(b, 16, 21); }, true},
       {"name-size field 127", [](Bytes& b) { TmfTest::Put32(b, EntryAt(3) + 1, 127); }, false},
+      {"block 3 (\"Heavy\"): name field holds bytes other than 0 behind the name",
+       [](Bytes& b) { b[EntryAt(3) + 5 + 127] = 'x'; }, false},
       {"size 27803, expected 27804", [](Bytes& b) { TmfTest::Put32(b, EntryAt(19) + 133, 27803); },
        true},
       {"count 199, expected 200", [&](Bytes& b) { TmfTest::Put32(b, chainAt, 199); }, true},

@@ -137,10 +137,14 @@ TEST(SceneErrorTest, InconsistentRecords) {
     ExpectReadError(path, name, reason);
   };
   // "Dov Tree": the count, the 44-byte record of the empty root, then the
-  // record of the group: id at 48, parent at 52, its light offset at 93.
+  // record of the group: id at 48, parent at 52, last child at 68, its
+  // light offset at 93. A parent that is not lower, and a child link that
+  // the parents contradict, would let a walk over the tree loop.
   expectWith("Dov Tree", [](Bytes& b) { b[93] = 1; }, "has light offset 1");
   expectWith("Dov Tree", [](Bytes& b) { b[48] = 1; }, "do not ascend");
-  expectWith("Dov Tree", [](Bytes& b) { b[52] = 9; }, "no tree entry with id 9");
+  expectWith("Dov Tree", [](Bytes& b) { b[52] = 2; }, "parent 2, which is not lower");
+  expectWith("Dov Tree", [](Bytes& b) { b[68] = 2; },
+             "last child 2, but the parent links make it 3");
   expectWith("Resources", [](Bytes& b) { b[0] = 3; }, "bad record size 3");
   expectWith("Resources", [](Bytes& b) { b[0] = 80; }, "larger than its size field");
   // The group's map holds "visible" of kind 0; claim kind 1 instead.

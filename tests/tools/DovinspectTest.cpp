@@ -4,7 +4,10 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
+#include <sstream>
 
+#include "Commands.h"
+#include "Kel/Dov/Tree.h"
 #include "ToolTestSupport.h"
 
 namespace {
@@ -98,6 +101,38 @@ TEST(Dovinspect, InfoTreeVarsAndDumpDescribeTheModel) {
   ASSERT_EQ(limited.status, 0) << limited.err;
   EXPECT_EQ(limited.out, "0: 0 0 0\n1: 1 0 0\n");
   EXPECT_TRUE(Contains(limited.err, "4 more tuples"));
+}
+
+// A tree 3,000 groups deep: its lines stop growing at a depth of 32, where
+// the depth shows as a number, and the path of its deepest geometry keeps
+// only its end; so the output grows with the entries, not with their square.
+TEST(Dovinspect, DeepTreesPrintInSpaceLinearInTheirEntries) {
+  const std::string path = ToolTest::ScratchDir("deep") + "/deep.dov";
+  const int levels = 3000;
+  {
+    KelDov::Tree tree;
+    tree.SetStreamFile(path, true);
+    for (int level = 0; level < levels; ++level) tree.AddGroup("g", true);
+    tree.AddGeometry("m");
+    KelDov::NumericArray array;
+    array.byteSize = 4;
+    array.width = 1;
+    const std::uint64_t offset = tree.WriteStreamDataset(std::vector<std::uint32_t>{7}, 1);
+    tree.AddVariable("v", KelDov::Geometry::ScalarValues, offset, array, {});
+    tree.Save(tree.GetFile(), "");
+  }
+  auto run = [](const std::vector<std::string>& args) {
+    std::ostringstream out, err;
+    EXPECT_EQ(DovInspect::RunTool(args, out, err), 0) << err.str();
+    return out.str();
+  };
+  const std::string tree = run({"tree", path});
+  EXPECT_LT(tree.size(), 300u * (levels + 2));
+  EXPECT_TRUE(Contains(tree, "(depth 3001) [3002] Geometry \"m\""));
+  const std::string vars = run({"vars", path});
+  EXPECT_LT(vars.size(), 4096u + 300);
+  EXPECT_EQ(vars.rfind("[3002] .../g/g/", 0), 0u) << vars.substr(0, 40);
+  EXPECT_EQ(run({"dump", path, "#3002", "v"}), "0: 7\n");
 }
 
 // The default export (one file per piece, steps inside, cells by shape) and

@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 #include <zlib.h>
 
+#include <filesystem>
 #include <functional>
 #include <sstream>
 
@@ -132,10 +133,48 @@ TEST(Verify, DamagedSceneInSoundContainerIsReported) {
   }
 }
 
+// The offset of the parent field of entry `id` in the bytes of "Dov Tree".
+std::uint64_t ParentFieldOf(const Bytes& tree, std::uint32_t id) {
+  std::uint64_t at = 4;
+  while (GetU32(tree, at) != id) {
+    at += 24;
+    for (int text = 0; text < 3; ++text) at += 4 + GetU32(tree, at);
+    at += 8;
+  }
+  return at + 4;
+}
+
+// A parent that is not lower than the entry's own id (the entry itself, or
+// two entries naming each other) would send a walk up the tree round for
+// ever: every command refuses such a tree with one line.
+TEST(Verify, EveryCommandRefusesParentLinksThatLoop) {
+  const std::string& good = GoodFiles().small;
+  // Entry 2 is the plate's group, entry 3 the first of its shapes.
+  for (std::uint32_t parent : {2u, 3u}) {
+    const Bytes damaged = WithBlockContent(good, Named(good, "Dov Tree"), [&](Bytes& b) {
+      PutU32(b, ParentFieldOf(b, 2), parent);
+    });
+    const std::string path = Damaged("parent-loop", damaged);
+    const std::string out = GoodFiles().dir + "/parent-loop-export";
+    const std::vector<std::vector<std::string>> commands = {
+        {"verify", path}, {"info", path}, {"tree", path}, {"vars", path},
+        {"dump", path, "#4", "0"}, {"export", path, out}};
+    for (const std::vector<std::string>& command : commands) {
+      std::ostringstream o, e;
+      EXPECT_EQ(DovInspect::RunTool(command, o, e), 1) << command[0];
+      EXPECT_NE((o.str() + e.str()).find("names parent " + std::to_string(parent) +
+                                        ", which is not lower than its own id"),
+                std::string::npos)
+          << command[0] << ": " << o.str() << e.str();
+    }
+    EXPECT_FALSE(std::filesystem::exists(out));
+  }
+}
+
 // Any single damaged byte or cut: a verdict, never a crash (this runs in
 // the sanitizer build as well). A damaged byte inside a block is always
 // found, through the stated length or zlib's own check; in the index some
-// bytes (padding of name fields) carry nothing.
+// bytes (an entry's id byte, the name of a pool block) carry nothing.
 TEST(Verify, EveryDamageGetsAVerdict) {
   for (const std::string& good : {GoodFiles().small, GoodFiles().chained}) {
     const Bytes file = ToolTest::ReadFile(good);

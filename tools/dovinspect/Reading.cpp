@@ -1,5 +1,6 @@
 #include "Reading.h"
 
+#include "Cli.h"
 
 namespace DovInspect {
 
@@ -27,24 +28,28 @@ VariableInfo Describe(const DovReader::Scene& scene, std::uint32_t entryId, std:
 ModelFile::ModelFile(const std::string& path)
     : path_(path),
       container_(DovReader::Container::Open(path)),
-      scene_(DovReader::Scene::Read(container_)),
-      heavy_(container_, path) {}
+      scene_(DovReader::Scene::Read(container_)) {}
 
 std::string ModelFile::PathOf(std::uint32_t entryId) const {
-  std::string path;
-  for (std::uint32_t id = entryId; id != 0; id = scene_.Record(id).parent) {
+  // Collected from the entry up, as far as can be shown, so that the walk
+  // stops early in a deep tree. Empty names at the entry's end of the path
+  // add no separator.
+  const std::size_t room = kMaxShownPath - 3;  // for "..."
+  std::vector<const std::string*> names;
+  std::size_t length = 0;
+  std::uint32_t id = entryId;
+  for (; id != 0; id = scene_.Record(id).parent) {
     const std::string& name = scene_.Record(id).name;
-    path = path.empty() ? name : name + "/" + path;
+    if (length + name.size() + 1 > room) break;
+    length += name.size() + 1;
+    if (!names.empty() || !name.empty()) names.push_back(&name);
   }
+  const std::string& own = scene_.Record(entryId).name;
+  if (id == entryId) return "..." + own.substr(own.size() - room);
+  std::string path = id == 0 ? "" : "...";
+  for (auto name = names.rbegin(); name != names.rend(); ++name)
+    path += (name == names.rbegin() && id == 0 ? "" : "/") + **name;
   return path;
-}
-
-int ModelFile::DepthOf(std::uint32_t entryId) const {
-  int depth = 0;
-  for (std::uint32_t id = scene_.Record(entryId).parent; id != 0; id = scene_.Record(id).parent) {
-    ++depth;
-  }
-  return depth;
 }
 
 std::vector<GeometryInfo> ModelFile::Geometries() const {
@@ -64,7 +69,14 @@ std::vector<GeometryInfo> ModelFile::Geometries() const {
 }
 
 std::vector<std::uint32_t> ModelFile::Words(std::uint32_t entryId, std::size_t variableIndex) {
-  return heavy_.Values(scene_.ResolveVariable(entryId, static_cast<std::uint32_t>(variableIndex)));
+  const DovReader::Variable& holder =
+      scene_.ResolveVariable(entryId, static_cast<std::uint32_t>(variableIndex));
+  if (holder.byteSize % 4 != 0) {
+    throw ToolError("variable '" + holder.name + "' has a byte size that is no multiple of 4");
+  }
+  std::vector<unsigned char> bytes =
+      container_.ReadStreamRange("Heavy Data", holder.offset, holder.byteSize);
+  return DovReader::DecodeDataset(bytes.data(), holder.byteSize, holder.width);
 }
 
 std::vector<GeometryInfo> SelectGeometries(const std::vector<GeometryInfo>& all,

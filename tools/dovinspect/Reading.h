@@ -3,17 +3,19 @@
 
 // A model file opened for the commands: the container, the scene read from
 // it, and the geometries in the form the commands use. Values are fetched
-// one variable at a time, so that "Heavy Data" is never inflated whole.
+// one variable at a time, so that "Heavy Data" is never inflated whole; the
+// container keeps the last block it inflated for the next variable.
 
 #include <string>
 #include <vector>
 
 #include "Model.h"
 #include "reader/Container.h"
-#include "reader/HeavyData.h"
 #include "reader/Scene.h"
 
 namespace DovInspect {
+
+const std::size_t kMaxShownPath = 4096;
 
 class ModelFile {
  public:
@@ -26,9 +28,11 @@ class ModelFile {
   const DovReader::Container& Container() const { return container_; }
   const DovReader::Scene& Scene() const { return scene_; }
 
-  // Names from the root down to the entry, joined by '/'.
+  // Names from the root down to the entry, joined by '/'. A path longer
+  // than kMaxShownPath bytes shows only its end, behind ".../", so that the
+  // paths of a deep tree take space in proportion to its entries.
   std::string PathOf(std::uint32_t entryId) const;
-  int DepthOf(std::uint32_t entryId) const;
+  std::uint32_t DepthOf(std::uint32_t entryId) const { return scene_.Depth(entryId); }
   std::vector<GeometryInfo> Geometries() const;
 
   // One variable's values as 32-bit words (floats by their bits), links
@@ -39,7 +43,6 @@ class ModelFile {
   std::string path_;
   DovReader::Container container_;
   DovReader::Scene scene_;
-  DovReader::HeavyData heavy_;
 };
 
 // The geometries that `selector` names: "#<entry id>", a path, or a path

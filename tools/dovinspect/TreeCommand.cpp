@@ -1,5 +1,6 @@
 // tree: the scene tree, one node a line, with its appearance.
 
+#include <algorithm>
 #include <sstream>
 
 #include "Commands.h"
@@ -60,11 +61,18 @@ void PrintMaterial(const DovReader::MaterialContent& material, const std::string
       << Numbers(material.emissive, 4) << "\n";
 }
 
+// Deeper entries are indented as far as this and show their depth as a
+// number, so that a line never grows with the depth of the tree.
+const std::uint32_t kMaxIndentDepth = 32;
+
 int RunTree(const CommandLine& line, std::ostream& out, std::ostream&) {
   ModelFile model(line.positional[0]);
   for (const DovReader::TreeRecord& record : model.Scene().Records()) {
-    std::string indent(2 * static_cast<std::size_t>(model.DepthOf(record.id)), ' ');
-    out << indent << "[" << record.id << "] "
+    const std::uint32_t depth = model.DepthOf(record.id);
+    const std::string indent(2 * std::min(depth, kMaxIndentDepth), ' ');
+    out << indent;
+    if (depth > kMaxIndentDepth) out << "(depth " << depth << ") ";
+    out << "[" << record.id << "] "
         << (record.typeName.empty() ? "(empty)" : Readable(record.typeName)) << " \""
         << Readable(record.name) << "\"";
     if (record.group) {
@@ -87,7 +95,8 @@ const Command& TreeCommand() {
       "tree",
       "Show the scene tree with transformations, colours and visibility.",
       "FILE",
-      "One line per tree entry, indented by depth: [entry id], node type and name.\n"
+      "One line per tree entry, indented by depth (beyond 32 levels the depth\n"
+      "shows as a number): [entry id], node type and name.\n"
       "Groups add their visibility, translation, rotation, scale and other\n"
       "attributes; shapes their visibility and the four colours (red, green,\n"
       "blue, alpha) of their material; geometries their number of variables.\n",

@@ -15,7 +15,8 @@ namespace {
 
 struct DatasetRange {
   std::uint64_t begin, end;
-  std::string owner;
+  const DovReader::TreeRecord* record;  // the owner, named only in a violation
+  std::size_t variable;
 };
 
 std::string Owner(const ModelFile& model, const DovReader::TreeRecord& record, std::size_t i) {
@@ -44,14 +45,16 @@ void CheckDatasets(const ModelFile& model, std::vector<std::string>& violations)
             std::to_string(heavy) + " bytes)");
         continue;
       }
-      ranges.push_back({variable.offset, end, Owner(model, record, i)});
+      ranges.push_back({variable.offset, end, &record, i});
     }
   }
   std::sort(ranges.begin(), ranges.end(),
             [](const DatasetRange& a, const DatasetRange& b) { return a.begin < b.begin; });
   for (std::size_t i = 1; i < ranges.size(); ++i) {
     if (ranges[i].begin < ranges[i - 1].end) {
-      violations.push_back(ranges[i].owner + ": dataset overlaps that of " + ranges[i - 1].owner);
+      violations.push_back(Owner(model, *ranges[i].record, ranges[i].variable) +
+                           ": dataset overlaps that of " +
+                           Owner(model, *ranges[i - 1].record, ranges[i - 1].variable));
     }
   }
 }
