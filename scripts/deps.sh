@@ -3,19 +3,21 @@
 # something is missing. Run as root on a bare machine; harmless elsewhere.
 set -euo pipefail
 
-# gfortran builds the Fortran module (left out where no Fortran compiler is
-# found, but the tests want it).
-packages=(cmake gcc g++ gfortran make pkg-config zlib1g-dev libboost-dev libgtest-dev googletest)
+# Building the library, the examples and the tools (the demo needs no more).
+packages=(cmake gcc g++ make pkg-config zlib1g-dev libboost-dev)
 installed() {
   dpkg-query -W -f='${Status}' "$1" 2>/dev/null | grep -q "install ok installed"
 }
 if [ "${1:-}" = "--tests" ]; then
-  # An independent VTK reader checks the files that dovinspect exports; the
-  # Python module is built with pybind11 and tested with pytest; the fuzz
-  # targets need clang and its libFuzzer and sanitizer runtimes. ParaView's
-  # Python package brings VTK too and conflicts with Debian's own, so where
-  # ParaView is installed it serves.
-  packages+=(python3-numpy python3-dev pybind11-dev python3-pytest clang libclang-rt-14-dev)
+  # GoogleTest; gfortran builds the Fortran module (left out where no
+  # Fortran compiler is found, but the tests want it); an independent VTK
+  # reader checks the files that dovinspect exports, and Python's json
+  # module its JSON; the Python module is built with pybind11 and tested
+  # with pytest; the fuzz targets need clang and its libFuzzer and
+  # sanitizer runtimes. ParaView's Python package brings VTK too and
+  # conflicts with Debian's own, so where ParaView is installed it serves.
+  packages+=(libgtest-dev googletest gfortran python3 python3-numpy python3-dev \
+             pybind11-dev python3-pytest clang libclang-rt-14-dev)
   installed python3-paraview || packages+=(python3-vtk9)
 fi
 if [ "${1:-}" = "--paraview" ]; then

@@ -5,6 +5,7 @@
 
 #include "Commands.h"
 #include "Export.h"
+#include "FileHead.h"
 #include "Progress.h"
 #include "reader/Model.h"
 
@@ -36,6 +37,7 @@ int RunExportCommand(const CommandLine& line, std::ostream& out, std::ostream& e
   std::string collection = std::filesystem::path(file).stem().string() + ".pvd";
   collection = line.Value("--name", collection);
 
+  RequireModelFile(file);
   DovReader::Model model(file);
   const ExportPlan plan = PlanExport(model, options.series);
   MakeDirectory(directory);

@@ -17,7 +17,7 @@ namespace DovInspect {
 
 const std::size_t kMaxShownPath = 4096;
 
-class ModelFile {
+class ModelFile : public ValueSource {
  public:
   // Throws DovReader::ReadError if the container or the scene is unreadable.
   explicit ModelFile(const std::string& path);
@@ -37,7 +37,7 @@ class ModelFile {
 
   // One variable's values as 32-bit words (floats by their bits), links
   // followed and byte planes undone.
-  std::vector<std::uint32_t> Words(std::uint32_t entryId, std::size_t variableIndex);
+  std::vector<std::uint32_t> Words(std::uint32_t entryId, std::size_t variableIndex) override;
 
  private:
   std::string path_;
@@ -49,6 +49,8 @@ class ModelFile {
 // prefix (all geometries below a group). An empty selector names all.
 std::vector<GeometryInfo> SelectGeometries(const std::vector<GeometryInfo>& all,
                                            const std::string& selector);
+// "no geometry at 'SELECTOR'", with the closest paths of `all`.
+std::string NoGeometryAt(const std::vector<GeometryInfo>& all, const std::string& selector);
 
 }  // namespace DovInspect
 
