@@ -2,8 +2,9 @@
 # Builds the library and runs every test stage: the demo of the README's
 # first command, a release build with the whole suite, the ParaView reader
 # plugin with its pvpython tests, the suite again under AddressSanitizer and
-# UndefinedBehaviorSanitizer, then a short run of every fuzz target. Each
-# stage prints how long it took, and a summary of all stages closes the run.
+# UndefinedBehaviorSanitizer, then the threaded tests under ThreadSanitizer,
+# then a short run of every fuzz target. Each stage prints how long it took,
+# and a summary of all stages closes the run.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 
@@ -51,6 +52,16 @@ sanitizers() {
      ctest --output-on-failure --no-tests=error -j "$jobs" -LE no-sanitizer)
 }
 
+# Only the programs that hold threaded tests (label "threads") are built.
+threads() {
+  cmake -S . -B build-tsan -DCMAKE_BUILD_TYPE=RelWithDebInfo -DDOVWRITER_TSAN=ON \
+        -DDOVWRITER_BUILD_TESTS=ON -DDOVWRITER_BUILD_EXAMPLES=OFF -DDOVWRITER_BUILD_TOOLS=OFF \
+        -DDOVWRITER_BUILD_PYTHON=OFF -DDOVWRITER_BUILD_FORTRAN=OFF >/dev/null
+  cmake --build build-tsan -j "$jobs" --target threads_tests
+  (cd build-tsan && TSAN_OPTIONS="halt_on_error=1 second_deadlock_stack=1" \
+     ctest --output-on-failure --no-tests=error -j "$jobs" -L threads)
+}
+
 # The fuzz targets under clang with ASan and UBSan, each for a short fixed
 # time from the seed corpus, so that a regression that fuzzing finds at once
 # fails the run; then the slowest input of each corpus and its time per MB.
@@ -61,6 +72,7 @@ stage "Demo (the README's first command)" demo
 stage "Release build and tests" release
 stage "ParaView reader plugin and pvpython tests" paraview_plugin
 stage "Sanitizer build (ASan + UBSan) and tests" sanitizers
+stage "ThreadSanitizer build and threaded tests" threads
 stage "Fuzzing (4 targets, 25 s each)" fuzzing
 
 echo "== Stage times"

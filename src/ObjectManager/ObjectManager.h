@@ -11,6 +11,7 @@
 
 #include <boost/any.hpp>
 #include <cstdint>
+#include <functional>
 #include <map>
 #include <memory>
 #include <string>
@@ -92,6 +93,12 @@ class ObjectManager : public KelDov::Tree {
   // Copies count x "Dimension" elements (the dimension in force now).
   template <class T>
   void setValues(const Identifier& array, const T* values, std::uint64_t count);
+  // The checks that setValues and lendValues share, before anything is
+  // allocated or kept: the identifier, a product that would wrap or not fit
+  // in memory (std::length_error), a null pointer with elements to read
+  // (code 16). Returns the number of elements to take.
+  template <class T>
+  std::uint64_t acceptValues(const Identifier& array, const T* values, std::uint64_t count);
   void setDimension(const Identifier& object, unsigned char dimension);
 
   // Appearance and transformations.
@@ -191,6 +198,9 @@ class ObjectManager : public KelDov::Tree {
   void explainIgnoredClose(const char* path);
 
   // ---- Tree construction ---------------------------------------------------
+  // Builds the node of one object under the current entry. Groups and shapes
+  // leave what follows (their components, their end) as steps for
+  // buildTree(), which runs them in order.
   void writeObject(std::uint64_t index);
   void writeGroup(std::uint64_t index);
   void writeShape(std::uint64_t index);
@@ -207,6 +217,11 @@ class ObjectManager : public KelDov::Tree {
   friend class CloseProgress;
 
   void refuseCloseInState() const;
+  // The walk from the root, as a loop over buildSteps.
+  void buildTree();
+  // Pushes a step; the last pushed runs first.
+  void thenBuild(std::function<void()> step);
+  std::vector<std::function<void()>> buildSteps;
   // The validation pass: raises code 18 for the first host error found in
   // the part of the table that the walk from `root` reaches.
   void checkSceneForClose() const;

@@ -27,19 +27,31 @@ void ObjectManager::setDimension(const Identifier& object, unsigned char dimensi
 }
 
 template <class T>
-void ObjectManager::setValues(const Identifier& array, const T* values, std::uint64_t count) {
+std::uint64_t ObjectManager::acceptValues(const Identifier& array, const T* values,
+                                          std::uint64_t count) {
   validate(array);
   // The width in force now decides how many elements are read; a later
   // setDimension does not reshape what is stored.
   const unsigned char* width = readProperty<unsigned char>(array.second, "Dimension", 1);
-  const std::uint64_t elements = count * (width != nullptr ? *width : 1);
-  std::vector<T> copy;
-  if (elements > copy.max_size()) throw std::length_error("vector<T> too long");
+  const std::uint64_t perTuple = width != nullptr ? *width : 1;
+  // Neither the element count nor its byte size may wrap: a wrapped product
+  // would read a few elements where the host meant more than memory holds.
+  const std::uint64_t maxElements = std::vector<T>().max_size();
+  if (perTuple != 0 && count > maxElements / perTuple)
+    throw std::length_error("setValues: count x \"Dimension\" is more than an array can hold");
+  const std::uint64_t elements = count * perTuple;
   if (elements != 0 && values == nullptr)
     KEL_RAISE(16, "Null array pointer with a non-zero count",
               "Kel::Dov::ObjectManager::setValues");
+  return elements;
+}
+
+template <class T>
+void ObjectManager::setValues(const Identifier& array, const T* values, std::uint64_t count) {
+  const std::uint64_t elements = acceptValues(array, values, count);
   // One pass over the host's numbers, straight into the vector that the
   // property then takes over (moved, not copied again).
+  std::vector<T> copy;
   Platform::ReserveForFilling(copy, static_cast<std::size_t>(elements));
   if (elements != 0) copy.assign(values, values + elements);
   storeProperty(array.second, "Array", std::move(copy));
@@ -49,7 +61,9 @@ void ObjectManager::setValues(const Identifier& array, const T* values, std::uin
   template void ObjectManager::setProperty<T>(const Identifier&, const char*, T const&);
 DOVWRITER_FOR_EACH_SHARED_VALUE_TYPE(DOVWRITER_INSTANTIATE_SET_PROPERTY)
 
-#define DOVWRITER_INSTANTIATE_SET_VALUES(T) \
+#define DOVWRITER_INSTANTIATE_SET_VALUES(T)                                               \
+  template std::uint64_t ObjectManager::acceptValues<T>(const Identifier&, T const*,        \
+                                                        std::uint64_t);                     \
   template void ObjectManager::setValues<T>(const Identifier&, T const*, std::uint64_t);
 DOVWRITER_FOR_EACH_SHARED_ARRAY_TYPE(DOVWRITER_INSTANTIATE_SET_VALUES)
 

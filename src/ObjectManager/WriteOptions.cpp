@@ -27,7 +27,8 @@ void ObjectManager::setWriteOptions(const WriteOptions& requested) {
 template <class T>
 void ObjectManager::lendValues(const Identifier& array, const T* values, std::uint64_t count) {
   // Until arrays can be held by reference, a lent array is copied like any
-  // other: the file is the same, only the memory is not saved yet.
+  // other (after the same checks, acceptValues): the file is the same, only
+  // the memory is not saved yet.
   setValues(array, values, count);
 }
 
