@@ -47,6 +47,8 @@ def main(model):
     color = flange.GetFieldData().GetArray("Diffuse Color").GetTuple3(0)
     expect(abs(color[0] - 0.85) < 1e-6, "the flange's colour %s" % (color,))
     expect(flange.GetFieldData().GetArray("Visibility").GetValue(0) == 1, "visible")
+    step = flange.GetFieldData().GetAbstractArray("Instance Value")
+    expect(step is not None and step.GetValue(0) == "0.1", "the step's instance value")
 
     # The two bolts are one geometry placed twice: 20 apart along x.
     one, two = (first[name].GetBounds() for name in bolts)

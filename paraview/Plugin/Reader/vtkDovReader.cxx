@@ -93,6 +93,13 @@ void SetCells(vtkUnstructuredGrid* grid, const DovReader::CellSet& cells) {
   grid->SetCells(types, cellArray);
 }
 
+void AddText(vtkUnstructuredGrid* grid, const char* name, const std::string& text) {
+  vtkNew<vtkStringArray> array;
+  array->SetName(name);
+  array->InsertNextValue(text);
+  grid->GetFieldData()->AddArray(array);
+}
+
 // What a block looks like in the model: its shape's colour and visibility,
 // and where it stands in the tree.
 void AddAppearance(vtkUnstructuredGrid* grid, const DovReader::ModelNode& node) {
@@ -103,13 +110,9 @@ void AddAppearance(vtkUnstructuredGrid* grid, const DovReader::ModelNode& node) 
   vtkNew<vtkUnsignedCharArray> visible;
   visible->SetName("Visibility");
   visible->InsertNextValue(node.visible ? 1 : 0);
-  vtkNew<vtkStringArray> path;
-  path->SetName("Tree Path");
-  path->InsertNextValue(node.path);
-  for (vtkAbstractArray* array : {static_cast<vtkAbstractArray*>(color),
-                                  static_cast<vtkAbstractArray*>(visible),
-                                  static_cast<vtkAbstractArray*>(path)})
-    grid->GetFieldData()->AddArray(array);
+  grid->GetFieldData()->AddArray(color);
+  grid->GetFieldData()->AddArray(visible);
+  AddText(grid, "Tree Path", node.path);
 }
 
 // The step whose time is nearest to `time`; kNoStep for a model without.
@@ -278,6 +281,9 @@ void vtkDovReader::AddPiece(const ModelPiece& piece, int step, vtkMultiBlockData
       continue;
     }
     AddAppearance(grid, node);
+    // Text instance values count 0, 1, 2 ... as times; the block names its
+    // own, so that a step reads as what the host called it.
+    if (step != kNoStep) AddText(grid, "Instance Value", model.Steps().values[step]);
     output->SetBlock(block, grid);
     output->GetMetaData(block)->Set(vtkCompositeDataSet::NAME(), node.path.c_str());
     ++block;

@@ -8,7 +8,7 @@
 // block's diffuse colour, visibility and path are field data. Results are
 // point or cell data by their number of tuples, each selectable; numeric
 // instance values are the time steps, text values count 0, 1, 2 ... in
-// order of first use.
+// order of first use, and each block names its step's value.
 
 #include "DovParaViewReaderModule.h"  // for the export macro
 #include "vtkMultiBlockDataSetAlgorithm.h"
