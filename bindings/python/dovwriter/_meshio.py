@@ -5,7 +5,7 @@ import warnings
 
 import numpy as np
 
-from ._reading import File, Geometry, _same_value
+from ._reading import File, _same_value
 
 # Cell types by the numbers the reader gives them (VTK's), as meshio names
 # them. A poly-vertex and a poly-line have no meshio name; they become
@@ -24,7 +24,7 @@ def to_meshio(source, time=None):
     points (4, 5, 6 and 8 nodes not in one plane are solids). Results
     become point_data or cell_data by their tuple count; "Node Ids" is point
     data (-1 where a piece has none) and "Element Set" cell data, numbering
-    the geometries in tree order; cell_sets holds the same by geometry path.
+    the geometries piece by piece; cell_sets holds the same by geometry path.
     `time` is an instance value; None takes the last one. Several pieces in
     one mesh: a result that some lack is NaN there.
     """
@@ -64,7 +64,8 @@ def _chosen_sets(file, node):
         if positions:
             chosen[index] = positions
     if not chosen:
-        raise ValueError(f"no geometry at or below {node.path!r}")
+        where = file.path if node is None else repr(node.path)
+        raise ValueError(f"no geometry in {where}")
     return chosen
 
 
