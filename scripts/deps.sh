@@ -13,11 +13,11 @@ if [ "${1:-}" = "--tests" ]; then
   # Fortran compiler is found, but the tests want it); an independent VTK
   # reader checks the files that dovinspect exports, and Python's json
   # module its JSON; the Python module is built with pybind11 and tested
-  # with pytest; the fuzz targets need clang and its libFuzzer and
+  # with pytest, its meshio conversion with meshio; the fuzz targets need clang and its libFuzzer and
   # sanitizer runtimes. ParaView's Python package brings VTK too and
   # conflicts with Debian's own, so where ParaView is installed it serves.
   packages+=(libgtest-dev googletest gfortran python3 python3-numpy python3-dev \
-             pybind11-dev python3-pytest clang libclang-rt-14-dev)
+             pybind11-dev python3-pytest python3-meshio clang libclang-rt-14-dev)
   installed python3-paraview || packages+=(python3-vtk9)
 fi
 if [ "${1:-}" = "--paraview" ]; then
