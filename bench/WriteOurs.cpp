@@ -16,8 +16,8 @@ using Kel::Dov::Identifier;
 // as it exists. The largest arrays come first, while the scene holds little.
 class SceneFeeder {
  public:
-  SceneFeeder(const ModelShape& shape, Kel::Dov::Scene_V1& scene, Stopwatch& watch)
-      : shape(shape), scene(scene), watch(watch) {}
+  SceneFeeder(const ModelShape& shape, bool lend, Kel::Dov::Scene_V2& scene, Stopwatch& watch)
+      : shape(shape), lend(lend), scene(scene), watch(watch) {}
 
   void Feed() {
     const Identifier root = Call([&] { return scene.createObject(Kel::Dov::GroupObject); });
@@ -49,12 +49,20 @@ class SceneFeeder {
     });
   }
 
-  // Hands the array over and frees the benchmark's copy at once.
+  // Hands the array over. A copied one is freed at once; a lent one is
+  // kept until the scene is gone, as a host must.
   template <class T>
   void Hand(const Identifier& array, std::vector<T> values, std::uint64_t tuples) {
-    Call([&] { scene.setValues(array, values.data(), tuples); });
-    std::vector<T>().swap(values);
+    if (!lend) {
+      Call([&] { scene.setValues(array, values.data(), tuples); });
+      std::vector<T>().swap(values);
+      return;
+    }
+    Call([&] { scene.lendValues(array, values.data(), tuples); });
+    Keep(std::move(values));
   }
+  void Keep(std::vector<float> values) { lentFloats.push_back(std::move(values)); }
+  void Keep(std::vector<std::uint32_t> values) { lentIndices.push_back(std::move(values)); }
 
   void FeedConnectivity() {
     // Equal cells: the width of the connectivity is the cell's node count,
@@ -112,19 +120,28 @@ class SceneFeeder {
   }
 
   const ModelShape& shape;
-  Kel::Dov::Scene_V1& scene;
+  const bool lend;
+  Kel::Dov::Scene_V2& scene;
   Stopwatch& watch;
   Identifier mesh{};
+  std::vector<std::vector<float>> lentFloats;
+  std::vector<std::vector<std::uint32_t>> lentIndices;
 };
 
 }  // namespace
 
-WriteFigures WriteOurs(const ModelShape& shape, const std::string& path) {
+WriteFigures WriteOurs(const ModelShape& shape, const std::string& path, const OursMode& mode) {
   Stopwatch watch;
   double handOver = 0;
   {
-    Kel::Dov::Scene_V1 scene("Benchmark");
-    SceneFeeder(shape, scene, watch).Feed();
+    Kel::Dov::Scene_V2 scene("Benchmark");
+    Kel::Dov::WriteOptions options;
+    options.threads = mode.threads;
+    options.encoding = mode.fast ? Kel::Dov::Encoding::Fast : Kel::Dov::Encoding::Exact;
+    options.blockBytes = mode.blockBytes;
+    scene.setWriteOptions(options);
+    SceneFeeder feeder(shape, mode.lend, scene, watch);
+    feeder.Feed();
     handOver = watch.CpuSeconds();
     watch.Time([&] {
       scene.saveTo(path.c_str(), nullptr, false, true);

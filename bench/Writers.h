@@ -27,10 +27,20 @@ class Stopwatch;
 // memory and the size of the file at `path`.
 WriteFigures FinishedWrite(const Stopwatch& watch, const std::string& path);
 
+// How this library writes: threads, encoding, and whether the arrays are
+// copied (setValues) or lent (lendValues).
+struct OursMode {
+  char name[16] = "";
+  unsigned threads = 1;
+  bool fast = false;
+  bool lend = false;
+  std::uint32_t blockBytes = 0;  // fast: 0 for the library's choice
+};
+
 // Through this library's public API, from the first setValues to the end of
-// closeFile. The caller's copy of each array is freed as soon as the
-// library has taken it.
-WriteFigures WriteOurs(const ModelShape& shape, const std::string& path);
+// closeFile. A copied array is freed by the caller as soon as the library
+// has taken it; a lent one is kept to the end.
+WriteFigures WriteOurs(const ModelShape& shape, const std::string& path, const OursMode& mode);
 
 struct Hdf5Options {
   std::uint64_t chunkBytes = 1 << 20;

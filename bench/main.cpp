@@ -1,15 +1,21 @@
-// dovbench: writes synthetic models of growing size with this library and,
-// in the same run, with HDF5, and sets both against what zlib alone needs.
+// dovbench: writes synthetic models of growing size with this library, in
+// each of its modes, and in the same run with HDF5, and sets them against
+// what zlib alone needs.
 //
 //   dovbench [--quick] [--max-nodes N] [--sizes N,N,...] [--cells hex|tet]
-//            [--dir DIR] [--csv FILE] [--hdf5-chunk-kib K] [--keep] [--ours-only]
+//            [--threads N] [--block-bytes B] [--modes LIST] [--dir DIR]
+//            [--csv FILE] [--hdf5-chunk-kib K] [--keep] [--ours-only]
 //            [--repeat N]
 //
-// Each size is measured N times (3 by default), the three writers taking
-// turns, and each writer's fastest run counts: on a shared machine the
-// slowest runs measure the neighbours. Small models get more runs, so that
-// each writer is measured for some seconds: a busy second of the machine
-// would otherwise decide the row.
+// Our modes (--modes, comma-separated; all by default): exact1copy (exact
+// blocks on one thread, arrays copied by setValues: the sequential write),
+// exact1, exactN, fast1, fastN (arrays lent by lendValues; N = --threads,
+// the machine's hardware threads by default).
+//
+// Each size is measured N times (3 by default), the writers taking turns,
+// and each writer's fastest run (by wall time) counts: on a shared machine
+// the slowest runs measure the neighbours. Small models get more runs, so
+// that each writer is measured for some seconds.
 //
 // --ours-only writes each size with this library alone, in this process,
 // and prints time and peak memory: the mode to run under a profiler.
@@ -30,7 +36,9 @@
 #include <vector>
 
 #include "Measure.h"
+#include "reader/Container.h"
 #include "Model.h"
+#include "Report.h"
 #include "Writers.h"
 
 #ifndef DOVBENCH_BUILD_TYPE
@@ -42,7 +50,7 @@ namespace bench {
 namespace {
 
 const double MiB = 1024.0 * 1024.0;
-const double SteadySeconds = 3.0;  // of our writer's processor time, per size
+const double SteadySeconds = 3.0;  // of our first writer's wall time, per size
 const int MostRuns = 20;
 
 struct Options {
@@ -55,7 +63,39 @@ struct Options {
   bool keep = false;
   bool oursOnly = false;
   int repeat = 3;
+  unsigned threads = static_cast<unsigned>(sysconf(_SC_NPROCESSORS_ONLN));
+  std::uint32_t blockBytes = 0;
+  std::string modes = "exact1copy,exact1,exactN,fast1,fastN";
 };
+
+OursMode Mode(const char* name, unsigned threads, bool fast, bool lend, std::uint32_t blockBytes) {
+  OursMode mode;
+  std::snprintf(mode.name, sizeof mode.name, "%s", name);
+  mode.threads = threads;
+  mode.fast = fast;
+  mode.lend = lend;
+  mode.blockBytes = fast ? blockBytes : 0;
+  return mode;
+}
+
+// The modes asked for; with `reference`, exact1copy first in any case, as
+// every row of the table is set against it.
+std::vector<OursMode> ChosenModes(const Options& options, bool reference) {
+  const unsigned n = std::max(1u, options.threads);
+  const std::string suffix = " x" + std::to_string(n);
+  const std::vector<std::pair<std::string, OursMode>> all{
+      {"exact1copy", Mode("exact x1 copy", 1, false, false, 0)},
+      {"exact1", Mode("exact x1", 1, false, true, 0)},
+      {"exactN", Mode(("exact" + suffix).c_str(), n, false, true, 0)},
+      {"fast1", Mode("fast x1", 1, true, true, options.blockBytes)},
+      {"fastN", Mode(("fast" + suffix).c_str(), n, true, true, options.blockBytes)}};
+  std::vector<OursMode> chosen;
+  for (std::size_t m = 0; m < all.size(); ++m)
+    if ((m == 0 && reference) ||
+        ("," + options.modes + ",").find("," + all[m].first + ",") != std::string::npos)
+      chosen.push_back(all[m].second);
+  return chosen;
+}
 
 std::vector<std::uint64_t> ParseSizes(const std::string& text) {
   std::vector<std::uint64_t> sizes;
@@ -83,6 +123,9 @@ Options ParseOptions(int argc, char** argv) {
     else if (arg == "--keep") options.keep = true;
     else if (arg == "--ours-only") options.oursOnly = true;
     else if (arg == "--repeat") options.repeat = std::max(1, std::stoi(value()));
+    else if (arg == "--threads") options.threads = static_cast<unsigned>(std::stoul(value()));
+    else if (arg == "--block-bytes") options.blockBytes = static_cast<std::uint32_t>(std::stod(value()));
+    else if (arg == "--modes") options.modes = value();
     else throw std::runtime_error("unknown option " + arg);
   }
   return options;
@@ -107,6 +150,9 @@ void PrintMachine(std::ostream& out, const Options& options) {
       << "compiler: " << __VERSION__ << ", build type " << DOVBENCH_BUILD_TYPE << "\n"
       << "zlib " << zlibVersion() << ", HDF5 " << major << "." << minor << "." << release
       << " (chunks of " << options.hdf5.chunkBytes / 1024 << " KiB, shuffle + deflate 6)\n"
+      << "threads:  " << options.threads << " for the xN rows; fast blocks of "
+      << (options.blockBytes != 0 ? options.blockBytes : LibraryFastBlockBytes) / 1024
+      << " KiB\n"
       << "runs:     fastest of " << options.repeat << " per writer and size, more where "
       << SteadySeconds << " s of our writes need more (at most " << MostRuns << ")\n"
       << "model:    " << CellKindName(options.kind)
@@ -121,29 +167,17 @@ void PrintMachine(std::ostream& out, const Options& options) {
   out << line;
 }
 
-struct Row {
-  ModelShape shape;
-  WriteFigures ours, hdf5;
-  LimitFigures limit;
-
-  double InputMiB() const { return shape.HostBytes() / MiB; }
-  // 1.0 x the host's arrays + 1.3 x one heavy block + 64 MiB.
-  double MemoryBudget() const {
-    return shape.HostBytes() + 1.3 * limit.largestHeavyBlock + 64 * MiB;
-  }
-};
-
-// Keeps the run of less processor time; memory is the most any run took,
-// and the bytes count as zlib's only if they were in every run.
+// Keeps the run of less wall time; memory is the most any run took.
 void KeepFaster(WriteFigures& kept, const WriteFigures& run, bool first) {
   const std::uint64_t peak = first ? run.peakRssBytes : std::max(kept.peakRssBytes, run.peakRssBytes);
-  if (first || run.cpuSeconds < kept.cpuSeconds) kept = run;
+  if (first || run.wallSeconds < kept.wallSeconds) kept = run;
   kept.peakRssBytes = peak;
 }
 
+// The bytes count as zlib's only if they were in every run.
 void KeepFaster(LimitFigures& kept, const LimitFigures& run, bool first) {
   const bool same = first ? run.sameBytes : kept.sameBytes && run.sameBytes;
-  if (first || run.cpuSeconds < kept.cpuSeconds) kept = run;
+  if (first || run.wallSeconds < kept.wallSeconds) kept = run;
   kept.sameBytes = same;
 }
 
@@ -153,95 +187,63 @@ int RunsForSteadyFigures(double secondsPerRun) {
   return static_cast<int>(std::ceil(SteadySeconds / secondsPerRun));
 }
 
-Row Measure(const ModelShape& shape, const Options& options) {
-  const std::string ours = options.dir + "/model-" + std::to_string(shape.nodes) + ".dov";
-  const std::string peer = options.dir + "/model-" + std::to_string(shape.nodes) + ".h5";
-  Row row;
-  row.shape = shape;
+// Every file must be sound by the container's rules.
+void RequireSound(const std::string& path) {
+  const std::vector<std::string> problems = DovReader::Container::Verify(path);
+  if (!problems.empty()) throw std::runtime_error(path + ": " + problems.front());
+}
+
+SizeResult Measure(const ModelShape& shape, const Options& options) {
+  const std::string stem = options.dir + "/model-" + std::to_string(shape.nodes);
+  const std::string peer = stem + ".h5";
+  SizeResult result;
+  result.shape = shape;
+  result.modes = ChosenModes(options, true);
+  result.ours.resize(result.modes.size());
   // Each writer runs in a child of a parent that never holds model data,
-  // so that a child's peak memory is its own.
-  // Every run writes a new file: replacing the last run's would add the
-  // freeing of its pages to the writer's time.
+  // so that a child's peak memory is its own. Every run writes a new file:
+  // replacing the last run's would add the freeing of its pages to the
+  // writer's time.
   int runs = options.repeat;
   for (int run = 0; run < runs; ++run) {
     const bool first = run == 0;
-    std::remove(ours.c_str());
+    for (std::size_t m = 0; m < result.modes.size(); ++m) {
+      const std::string path = stem + "-" + std::to_string(m) + ".dov";
+      std::remove(path.c_str());
+      KeepFaster(result.ours[m],
+                 InChild<WriteFigures>([&] { return WriteOurs(shape, path, result.modes[m]); }),
+                 first);
+      if (first) RequireSound(path);
+    }
+    if (first) runs = std::max(runs, RunsForSteadyFigures(result.ours[0].wallSeconds));
+    KeepFaster(result.limit, InChild<LimitFigures>([&] { return MeasureLimit(stem + "-0.dov"); }),
+               first);
     std::remove(peer.c_str());
-    KeepFaster(row.ours, InChild<WriteFigures>([&] { return WriteOurs(shape, ours); }), first);
-    if (first) runs = std::max(runs, RunsForSteadyFigures(row.ours.cpuSeconds));
-    KeepFaster(row.limit, InChild<LimitFigures>([&] { return MeasureLimit(ours); }), first);
-    KeepFaster(row.hdf5,
+    KeepFaster(result.hdf5,
                InChild<WriteFigures>([&] { return WriteHdf5(shape, peer, options.hdf5); }), first);
   }
   if (!options.keep) {
-    std::remove(ours.c_str());
+    for (std::size_t m = 0; m < result.modes.size(); ++m)
+      std::remove((stem + "-" + std::to_string(m) + ".dov").c_str());
     std::remove(peer.c_str());
   }
-  return row;
-}
-
-void PrintHeader() {
-  std::printf("%10s %10s %9s | %7s %7s %7s %7s %7s %7s %7s | %8s %8s %5s | %8s %8s %6s | "
-              "%8s %8s %6s %4s\n",
-              "nodes", "cells", "input MiB", "ours s", "cpu s", "copy s", "MB/s", "limit s",
-              "hdf5 s", "cpu s", "ours/lim", "ours/h5", "zlib=", "ours MiB", "hdf5 MiB", "size",
-              "peak MiB", "budget", "rss/in", "mem");
-  std::fflush(stdout);
-}
-
-double Ratio(double a, double b) { return b > 0 ? a / b : 0; }
-
-void PrintRow(const Row& r) {
-  std::printf("%10llu %10llu %9.1f | %7.2f %7.2f %7.2f %7.1f %7.2f %7.2f %7.2f | %8.3f %8.3f %5s | "
-              "%8.1f %8.1f %6.3f | %8.1f %8.1f %6.3f %4s\n",
-              static_cast<unsigned long long>(r.shape.nodes),
-              static_cast<unsigned long long>(r.shape.cells), r.InputMiB(), r.ours.wallSeconds,
-              r.ours.cpuSeconds, r.ours.handOverCpuSeconds,
-              Ratio(r.shape.HostBytes() / 1e6, r.ours.wallSeconds),
-              r.limit.cpuSeconds, r.hdf5.wallSeconds, r.hdf5.cpuSeconds,
-              Ratio(r.ours.cpuSeconds, r.limit.cpuSeconds),
-              Ratio(r.ours.cpuSeconds, r.hdf5.cpuSeconds), r.limit.sameBytes ? "yes" : "NO",
-              r.ours.fileBytes / MiB, r.hdf5.fileBytes / MiB,
-              Ratio(r.ours.fileBytes, r.hdf5.fileBytes), r.ours.peakRssBytes / MiB,
-              r.MemoryBudget() / MiB, Ratio(r.ours.peakRssBytes, r.shape.HostBytes()),
-              r.ours.peakRssBytes <= r.MemoryBudget() ? "ok" : "OVER");
-  std::fflush(stdout);
-}
-
-void WriteCsv(const std::string& path, const std::vector<Row>& rows) {
-  std::ofstream csv(path);
-  csv << "nodes,cells,input_bytes,ours_wall_s,ours_cpu_s,ours_handover_cpu_s,ours_mb_per_s,"
-         "limit_wall_s,limit_cpu_s,"
-         "hdf5_wall_s,hdf5_cpu_s,ours_over_limit_cpu,ours_over_hdf5_cpu,ours_over_limit_wall,"
-         "ours_over_hdf5_wall,ours_bytes,hdf5_bytes,size_ours_over_hdf5,peak_rss_bytes,"
-         "rss_over_input,largest_heavy_block,memory_budget_bytes,hdf5_peak_rss_bytes,"
-         "same_zlib_bytes\n";
-  for (const Row& r : rows)
-    csv << r.shape.nodes << ',' << r.shape.cells << ',' << r.shape.HostBytes() << ','
-        << r.ours.wallSeconds << ',' << r.ours.cpuSeconds << ',' << r.ours.handOverCpuSeconds
-        << ',' << Ratio(r.shape.HostBytes() / 1e6, r.ours.wallSeconds) << ',' << r.limit.wallSeconds
-        << ',' << r.limit.cpuSeconds << ',' << r.hdf5.wallSeconds << ',' << r.hdf5.cpuSeconds
-        << ',' << Ratio(r.ours.cpuSeconds, r.limit.cpuSeconds) << ','
-        << Ratio(r.ours.cpuSeconds, r.hdf5.cpuSeconds) << ','
-        << Ratio(r.ours.wallSeconds, r.limit.wallSeconds) << ','
-        << Ratio(r.ours.wallSeconds, r.hdf5.wallSeconds) << ',' << r.ours.fileBytes << ','
-        << r.hdf5.fileBytes << ',' << Ratio(r.ours.fileBytes, r.hdf5.fileBytes) << ','
-        << r.ours.peakRssBytes << ',' << Ratio(r.ours.peakRssBytes, r.shape.HostBytes()) << ','
-        << r.limit.largestHeavyBlock << ',' << static_cast<std::uint64_t>(r.MemoryBudget()) << ','
-        << r.hdf5.peakRssBytes << ',' << (r.limit.sameBytes ? 1 : 0) << '\n';
-  if (!csv) throw std::runtime_error("cannot write " + path);
+  return result;
 }
 
 int RunOursOnly(const Options& options) {
   for (std::uint64_t size : options.sizes) {
     if (size > options.maxNodes) continue;
     const ModelShape shape = PlanModel(size, options.kind);
-    const std::string path = options.dir + "/model-ours-only.dov";
-    std::remove(path.c_str());
-    const WriteFigures ours = WriteOurs(shape, path);
-    std::printf("%llu nodes: %.3f s (cpu %.3f s), peak %.1f MiB, input %.1f MiB, file %.1f MiB\n",
-                static_cast<unsigned long long>(shape.nodes), ours.wallSeconds, ours.cpuSeconds,
-                ours.peakRssBytes / MiB, shape.HostBytes() / MiB, ours.fileBytes / MiB);
+    for (const OursMode& mode : ChosenModes(options, false)) {
+      const std::string path = options.dir + "/model-ours-only.dov";
+      std::remove(path.c_str());
+      const WriteFigures ours = WriteOurs(shape, path, mode);
+      std::printf("%llu nodes, %s: %.3f s (cpu %.3f s), peak %.1f MiB, input %.1f MiB, "
+                  "file %.1f MiB\n",
+                  static_cast<unsigned long long>(shape.nodes), mode.name, ours.wallSeconds,
+                  ours.cpuSeconds, ours.peakRssBytes / MiB, shape.HostBytes() / MiB,
+                  ours.fileBytes / MiB);
+    }
   }
   return 0;
 }
@@ -252,21 +254,16 @@ int Run(int argc, char** argv) {
     throw std::runtime_error("cannot make " + options.dir);
   if (options.oursOnly) return RunOursOnly(options);
   PrintMachine(std::cout, options);
-  std::cout.flush();
-  PrintHeader();
-  std::vector<Row> rows;
+  PrintTableHead(std::cout);
+  std::vector<SizeResult> results;
   for (std::uint64_t size : options.sizes) {
     if (size > options.maxNodes) continue;
-    rows.push_back(Measure(PlanModel(size, options.kind), options));
-    PrintRow(rows.back());
-    WriteCsv(options.csv, rows);
+    results.push_back(Measure(PlanModel(size, options.kind), options));
+    PrintSize(std::cout, results.back());
+    WriteCsv(options.csv, results);
   }
-  std::cout << "ours: library calls from the first setValues to the end of closeFile, wall and "
-               "processor time; copy: of that, the setValues calls (copies into fresh memory); "
-               "limit: processor time of compress2 level 6 alone on the same "
-               "blocks; ratios of processor time; zlib=: our blocks equal compress2's bytes; "
-               "budget: host arrays + 1.3 x largest heavy block + 64 MiB\n"
-            << "csv: " << options.csv << "\n";
+  PrintLegend(std::cout);
+  std::cout << "csv: " << options.csv << "\n";
   return 0;
 }
 

@@ -1,19 +1,61 @@
 #!/usr/bin/env bash
 # Builds the library in Release with the benchmark, runs it and plots the
-# result. Arguments go to dovbench (for example --quick, --max-nodes 1e6).
+# result. Arguments go to dovbench (for example --quick, --max-nodes 1e6,
+# --threads 16, --modes fast1,fastN).
 #   bash bench/run.sh [dovbench options]
-# The table goes to the terminal and to build-bench/dovbench.txt, the rows to
-# build-bench/dovbench.csv and the plot to build-bench/dovbench.png.
+#   bash bench/run.sh --bundle DIR
+#       builds, then copies dovbench and the shared libraries it needs into
+#       DIR (with run.sh and plot), to carry to another machine; glibc's own
+#       (libc, libm, ld-linux, libresolv) stay the machine's.
+#   bash bench/run.sh --binary PATH [dovbench options]
+#       runs an already-built dovbench without building anything; libraries
+#       beside it come first (LD_LIBRARY_PATH).
+# dovbench needs libDovWriter.so.0, libdeflate.so.0, libz.so.1,
+# libhdf5_serial.so.103 (which brings libsz, libaec, libcurl and theirs),
+# libstdc++ and libgcc_s: `ldd dovbench` lists them all.
+# The table goes to the terminal and to OUT/dovbench.txt, the rows to
+# OUT/dovbench.csv and, where gnuplot is there, the plot to
+# OUT/dovbench.png; OUT is build-bench, or beside the binary with --binary.
 set -euo pipefail
 root="$(cd "$(dirname "$0")/.." && pwd)"
-out="$root/build-bench"
 
-bash "$root/scripts/deps.sh" --bench
-cmake -S "$root" -B "$out" -DCMAKE_BUILD_TYPE=Release -DDOVWRITER_BUILD_BENCH=ON \
-  -DDOVWRITER_BUILD_TESTS=OFF -DDOVWRITER_BUILD_TOOLS=OFF -DDOVWRITER_BUILD_EXAMPLES=OFF >/dev/null
-cmake --build "$out" -j2 --target dovbench >/dev/null
+build() {
+  bash "$root/scripts/deps.sh" --bench
+  cmake -S "$root" -B "$root/build-bench" -DCMAKE_BUILD_TYPE=Release -DDOVWRITER_BUILD_BENCH=ON \
+    -DDOVWRITER_BUILD_TESTS=OFF -DDOVWRITER_BUILD_TOOLS=OFF -DDOVWRITER_BUILD_EXAMPLES=OFF >/dev/null
+  cmake --build "$root/build-bench" -j2 --target dovbench >/dev/null
+}
 
-"$out/bench/dovbench" --csv "$out/dovbench.csv" --dir "${DOVBENCH_DIR:-/tmp/dovbench}" "$@" |
+bundle() {
+  local dir=$1
+  mkdir -p "$dir"
+  cp "$root/build-bench/bench/dovbench" "$root/bench/run.sh" "$root/bench/plot" "$dir/"
+  ldd "$root/build-bench/bench/dovbench" | awk '/=> \//{print $3}' |
+    grep -vE '/(libc|libm|ld-linux[^/]*|libresolv)\.so' | xargs -I{} cp -L {} "$dir/"
+  echo "bundle: $dir ($(du -sh "$dir" | cut -f1)); run: bash $dir/run.sh --binary $dir/dovbench"
+}
+
+binary=""
+case "${1:-}" in
+  --bundle) build; bundle "${2:?--bundle needs a folder}"; exit 0 ;;
+  --binary) binary="${2:?--binary needs a path}"; shift 2 ;;
+esac
+
+if [ -n "$binary" ]; then
+  out="$(cd "$(dirname "$binary")" && pwd)"
+  export LD_LIBRARY_PATH="$out${LD_LIBRARY_PATH:+:$LD_LIBRARY_PATH}"
+  plot="$out/plot"
+  [ -f "$plot" ] || plot="$root/bench/plot"
+else
+  build
+  out="$root/build-bench"
+  binary="$out/bench/dovbench"
+  plot="$root/bench/plot"
+fi
+
+"$binary" --csv "$out/dovbench.csv" --dir "${DOVBENCH_DIR:-/tmp/dovbench}" "$@" |
   tee "$out/dovbench.txt"
-bash "$root/bench/plot" "$out/dovbench.csv" "$out/dovbench.png"
-echo "plot: $out/dovbench.png"
+if command -v gnuplot >/dev/null; then
+  bash "$plot" "$out/dovbench.csv" "$out/dovbench.png"
+  echo "plot: $out/dovbench.png"
+fi

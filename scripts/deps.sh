@@ -4,7 +4,7 @@
 set -euo pipefail
 
 # Building the library, the examples and the tools (the demo needs no more).
-packages=(cmake gcc g++ make pkg-config zlib1g-dev libboost-dev)
+packages=(cmake gcc g++ make pkg-config zlib1g-dev libdeflate-dev libboost-dev)
 installed() {
   dpkg-query -W -f='${Status}' "$1" 2>/dev/null | grep -q "install ok installed"
 }

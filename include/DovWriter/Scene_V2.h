@@ -27,12 +27,13 @@ enum class Encoding : std::int32_t { Exact = 0, Fast = 1 };
 
 struct WriteOptions {
   // Threads that work, the host's own included (1: no thread is started);
-  // 0: one per hardware thread.
+  // 0: one per hardware thread; at most 1024.
   unsigned threads = 1;
   Encoding encoding = Encoding::Exact;
   // Fast only: compression level, 1 (fastest) to 12 (smallest).
   int level = 6;
-  // Fast only: plain bytes per block of numbers; 0 lets the library choose.
+  // Fast only: plain bytes per block of numbers, 4 KiB to 1 GiB; 0 lets the
+  // library choose (4 MiB).
   std::uint32_t blockBytes = 0;
 };
 

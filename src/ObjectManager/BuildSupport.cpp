@@ -10,20 +10,20 @@ namespace Dov {
 
 KelDov::NumericArray Dataset::Describe() const {
   KelDov::NumericArray array;
-  if (floats != nullptr) {
+  if (kind == Kind::Floats) {
     array.dataType = KelDov::DataTypeFloat;
-    array.byteSize = 4 * static_cast<std::uint64_t>(floats->size());
-    if (!floats->empty()) array.data = reinterpret_cast<const unsigned char*>(floats->data());
-  } else if (indices != nullptr) {
+    array.byteSize = 4 * floats.size();
+    if (!floats.empty()) array.data = reinterpret_cast<const unsigned char*>(floats.data());
+  } else if (kind == Kind::Indices) {
     array.dataType = KelDov::DataTypeUnsigned;
-    array.byteSize = 4 * static_cast<std::uint64_t>(indices->size());
-    if (!indices->empty()) array.data = reinterpret_cast<const unsigned char*>(indices->data());
+    array.byteSize = 4 * indices.size();
+    if (!indices.empty()) array.data = reinterpret_cast<const unsigned char*>(indices.data());
   }
   array.width = HasData() ? width : 1;
   return array;
 }
 
-std::vector<std::uint32_t> derivePolylength(const std::vector<std::uint32_t>& connectivity,
+std::vector<std::uint32_t> derivePolylength(ArrayView<std::uint32_t> connectivity,
                                             std::uint8_t dimension) {
   // A dimension of 0 is refused before construction starts; it counts no
   // cells here rather than dividing by zero.
@@ -38,9 +38,10 @@ CellTable CellTable::Equal(std::uint64_t cells, std::uint32_t nodesPerCell) {
   return table;
 }
 
-CellTable CellTable::Listed(const std::vector<std::uint32_t>& polylength) {
+CellTable CellTable::Listed(ArrayView<std::uint32_t> polylength) {
   CellTable table;
-  table.polylength = &polylength;
+  table.listed = true;
+  table.polylength = polylength;
   Platform::ReserveForFilling(table.offsets, polylength.size());
   std::uint32_t sum = 0;
   for (const std::uint32_t length : polylength) {
@@ -50,16 +51,16 @@ CellTable CellTable::Listed(const std::vector<std::uint32_t>& polylength) {
   return table;
 }
 
-CellTable cellTableOf(const std::vector<std::uint32_t>& polylength,
-                      const std::vector<std::uint32_t>& connectivity, std::uint8_t dimension) {
+CellTable cellTableOf(ArrayView<std::uint32_t> polylength, ArrayView<std::uint32_t> connectivity,
+                      std::uint8_t dimension) {
   if (!polylength.empty()) return CellTable::Listed(polylength);
   return CellTable::Equal(dimension != 0 ? connectivity.size() / dimension : 0, dimension);
 }
 
-CutFault findCutFault(const std::vector<std::uint32_t>& cells, const CellTable& table,
+CutFault findCutFault(ArrayView<std::uint32_t> cells, const CellTable& table,
                       std::uint64_t connectivityCount) {
   CutFault fault;
-  for (std::size_t i = 0; i < cells.size(); ++i) {
+  for (std::uint64_t i = 0; i < cells.size(); ++i) {
     const std::uint32_t cell = cells[i];
     const bool outside = cell >= table.count();
     const std::uint64_t end =
@@ -77,15 +78,15 @@ CutFault findCutFault(const std::vector<std::uint32_t>& cells, const CellTable& 
   return fault;
 }
 
-CutSet cutElementSet(const std::vector<std::uint32_t>& cells, const CellTable& table,
-                     const std::vector<std::uint32_t>& connectivity) {
+CutSet cutElementSet(ArrayView<std::uint32_t> cells, const CellTable& table,
+                     ArrayView<std::uint32_t> connectivity) {
   CutSet cut;
   cutElementSet(cells, table, connectivity, cut);
   return cut;
 }
 
-void cutElementSet(const std::vector<std::uint32_t>& cells, const CellTable& table,
-                   const std::vector<std::uint32_t>& connectivity, CutSet& cut) {
+void cutElementSet(ArrayView<std::uint32_t> cells, const CellTable& table,
+                   ArrayView<std::uint32_t> connectivity, CutSet& cut) {
   cut.connectivity.clear();
   cut.polylength.clear();
   const CutFault fault = findCutFault(cells, table, connectivity.size());
@@ -106,7 +107,7 @@ void cutElementSet(const std::vector<std::uint32_t>& cells, const CellTable& tab
   }
 }
 
-std::vector<float> idsToFloats(const std::vector<std::uint32_t>& ids) {
+std::vector<float> idsToFloats(ArrayView<std::uint32_t> ids) {
   std::vector<float> floats;
   Platform::ReserveForFilling(floats, ids.size());
   floats.assign(ids.begin(), ids.end());

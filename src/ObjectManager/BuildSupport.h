@@ -13,6 +13,7 @@
 #include <vector>
 
 #include "Kel/Dov/Geometry.h"
+#include "ObjectManager/ArrayView.h"
 #include "ObjectManager/ObjectManager.h"
 
 namespace Kel {
@@ -34,29 +35,34 @@ inline std::string valueName(const std::string& name, const std::string& group,
   return name + ResultMark + group + " = " + value;
 }
 
-// The values of one variable as they go to the writer. The vectors belong
-// to the caller (mostly the object table) and are not copied.
+// The values of one variable as they go to the writer. The arrays belong
+// to the caller (mostly the object table, or the host that lent them) and
+// are not copied.
 struct Dataset {
-  const std::vector<float>* floats = nullptr;
-  const std::vector<std::uint32_t>* indices = nullptr;
+  enum class Kind { None, Floats, Indices };
+  Kind kind = Kind::None;
+  ArrayView<float> floats;
+  ArrayView<std::uint32_t> indices;
   std::uint8_t width = 1;
 
-  static Dataset Of(const std::vector<float>& values, std::uint8_t width) {
+  static Dataset Of(ArrayView<float> values, std::uint8_t width) {
     Dataset dataset;
-    dataset.floats = &values;
+    dataset.kind = Kind::Floats;
+    dataset.floats = values;
     dataset.width = width;
     return dataset;
   }
-  static Dataset Of(const std::vector<std::uint32_t>& values, std::uint8_t width = 1) {
+  static Dataset Of(ArrayView<std::uint32_t> values, std::uint8_t width = 1) {
     Dataset dataset;
-    dataset.indices = &values;
+    dataset.kind = Kind::Indices;
+    dataset.indices = values;
     dataset.width = width;
     return dataset;
   }
   // A variable without data: type 0, width 1, nothing to write.
   static Dataset None() { return Dataset(); }
 
-  bool HasData() const { return floats != nullptr || indices != nullptr; }
+  bool HasData() const { return kind != Kind::None; }
   KelDov::NumericArray Describe() const;
 };
 
@@ -79,7 +85,7 @@ struct CutFault {
 };
 
 // Cells of `dimension` nodes each, as many as fit in `connectivity`.
-std::vector<std::uint32_t> derivePolylength(const std::vector<std::uint32_t>& connectivity,
+std::vector<std::uint32_t> derivePolylength(ArrayView<std::uint32_t> connectivity,
                                             std::uint8_t dimension);
 
 // How many nodes each cell of a mesh has and where its slice of the
@@ -92,21 +98,21 @@ class CellTable {
   CellTable() = default;
   // `cells` cells of `nodesPerCell` nodes each.
   static CellTable Equal(std::uint64_t cells, std::uint32_t nodesPerCell);
-  // The cells of `polylength`, which must outlive the table.
-  static CellTable Listed(const std::vector<std::uint32_t>& polylength);
+  // The cells of `polylength`, whose values must outlive the table.
+  static CellTable Listed(ArrayView<std::uint32_t> polylength);
 
-  std::uint64_t count() const { return polylength != nullptr ? polylength->size() : cells; }
+  std::uint64_t count() const { return listed ? polylength.size() : cells; }
   bool empty() const { return count() == 0; }
   std::uint32_t length(std::uint64_t cell) const {
-    return polylength != nullptr ? (*polylength)[cell] : nodesPerCell;
+    return listed ? polylength[cell] : nodesPerCell;
   }
   std::uint32_t offset(std::uint64_t cell) const {
-    return polylength != nullptr ? offsets[cell]
-                                 : static_cast<std::uint32_t>(cell * nodesPerCell);
+    return listed ? offsets[cell] : static_cast<std::uint32_t>(cell * nodesPerCell);
   }
 
  private:
-  const std::vector<std::uint32_t>* polylength = nullptr;
+  bool listed = false;
+  ArrayView<std::uint32_t> polylength;
   std::vector<std::uint32_t> offsets;  // of a listed polylength only
   std::uint64_t cells = 0;
   std::uint32_t nodesPerCell = 0;
@@ -114,27 +120,27 @@ class CellTable {
 
 // The cells of a mesh: those of its polylength if it has one, else equal
 // cells of `dimension` nodes, as many as fit in `connectivity`.
-CellTable cellTableOf(const std::vector<std::uint32_t>& polylength,
-                      const std::vector<std::uint32_t>& connectivity, std::uint8_t dimension);
-CutFault findCutFault(const std::vector<std::uint32_t>& cells, const CellTable& table,
+CellTable cellTableOf(ArrayView<std::uint32_t> polylength, ArrayView<std::uint32_t> connectivity,
+                      std::uint8_t dimension);
+CutFault findCutFault(ArrayView<std::uint32_t> cells, const CellTable& table,
                       std::uint64_t connectivityCount);
 // The set's cells cut out of the mesh. The check before the walk refuses
 // every set that findCutFault() faults; should one come here all the same,
 // it is refused (code 18) rather than read outside the arrays.
-CutSet cutElementSet(const std::vector<std::uint32_t>& cells, const CellTable& table,
-                     const std::vector<std::uint32_t>& connectivity);
+CutSet cutElementSet(ArrayView<std::uint32_t> cells, const CellTable& table,
+                     ArrayView<std::uint32_t> connectivity);
 // The same into `cut`, whose room is reused.
-void cutElementSet(const std::vector<std::uint32_t>& cells, const CellTable& table,
-                   const std::vector<std::uint32_t>& connectivity, CutSet& cut);
+void cutElementSet(ArrayView<std::uint32_t> cells, const CellTable& table,
+                   ArrayView<std::uint32_t> connectivity, CutSet& cut);
 // Node ids become floats by value: exact up to 2^24, rounded above.
-std::vector<float> idsToFloats(const std::vector<std::uint32_t>& ids);
+std::vector<float> idsToFloats(ArrayView<std::uint32_t> ids);
 
 // What one writeMesh() call knows about its mesh object.
 struct MeshFrame {
-  const std::vector<float>* coordinates = nullptr;
-  const std::vector<std::uint32_t>* connectivity = nullptr;
+  ArrayView<float> coordinates;
+  ArrayView<std::uint32_t> connectivity;
   CellTable cells;  // from the polylength, or equal cells
-  const std::vector<std::uint32_t>* nodeIds = nullptr;
+  ArrayView<std::uint32_t> nodeIds;
   // The cut of the set in hand. Kept from set to set, so that the sets of a
   // large mesh fill memory that is already there instead of fresh pages.
   CutSet setCut;
@@ -158,7 +164,7 @@ struct MeshFrame {
   // are converted once, at the first set that needs them, and not again for
   // each of the (many) sets of a large mesh.
   const std::vector<float>& nodeIdFloats() {
-    if (!nodeIdsConverted) nodeIdFloatValues = idsToFloats(*nodeIds);
+    if (!nodeIdsConverted) nodeIdFloatValues = idsToFloats(nodeIds);
     nodeIdsConverted = true;
     return nodeIdFloatValues;
   }
@@ -172,6 +178,14 @@ template <class T>
 const T* findProperty(const PropertyMap& properties, const std::string& key) {
   auto found = properties.find(key);
   return found == properties.end() ? nullptr : boost::any_cast<T>(&found->second);
+}
+
+// True if "Array" among `properties` holds T, copied or lent; `view` then
+// shows the values.
+template <class T>
+bool findArray(const PropertyMap& properties, ArrayView<T>& view) {
+  const auto found = properties.find("Array");
+  return found != properties.end() && viewOf(found->second, view);
 }
 
 // Entry `position` of a link list, or NoObject past its end.

@@ -9,8 +9,25 @@ namespace Kel {
 namespace Dov {
 
 namespace {
+
 const char* const SaveToMethod = "Kel::Dov::ObjectManager::saveTo";
 const char* const CloseFileMethod = "Kel::Dov::ObjectManager::closeFile";
+
+// The threads of a parallel write live from the start of building to the
+// end of closeFile, however it ends.
+class ParallelWrite {
+ public:
+  explicit ParallelWrite(ObjectManager& scene) : index(scene.GetFile().index) {
+    scene.startParallelWrite();
+  }
+  ~ParallelWrite() { index.StopParallel(); }
+  ParallelWrite(const ParallelWrite&) = delete;
+  ParallelWrite& operator=(const ParallelWrite&) = delete;
+
+ private:
+  KelTmf::Index& index;
+};
+
 }  // namespace
 
 void ObjectManager::saveTo(const char* path, bool overwrite) {
@@ -53,6 +70,7 @@ void ObjectManager::closeFile(const std::string& path) {
   // From here on a failure leaves a partly built tree and a partly written
   // file behind; a later closeFile() must not build on top of them.
   fileState = FileState::Building;
+  const ParallelWrite parallel(*this);
   explainingFailures("closeFile", false, [&] {
     buildTree();
     Save(file, std::string());

@@ -26,23 +26,23 @@ void ObjectManager::writeGeometry(std::uint64_t index) {
   if (connectivityLink == NoObject && meshType != KelDov::Geometry::PointConnectivity) return;
 
   AddGeometry(objects[index].name);
-  const std::vector<float>& coordinates = readFloatArray(coordinatesLink);
-  const std::vector<std::uint32_t>& nodeIds = readIndexArray(nodeIdsLink);
-  const std::vector<std::uint32_t>& connectivity = readIndexArray(connectivityLink);
-  const std::vector<std::uint32_t>* polylength = &readIndexArray(polylengthLink);
+  const ArrayView<float> coordinates = readFloatArray(coordinatesLink);
+  const ArrayView<std::uint32_t> nodeIds = readIndexArray(nodeIdsLink);
+  const ArrayView<std::uint32_t> connectivity = readIndexArray(connectivityLink);
+  ArrayView<std::uint32_t> polylength = readIndexArray(polylengthLink);
 
   // Connectivity alone, with the nodes per cell as its dimension, tells a
   // mesh of equal cells.
   std::vector<std::uint32_t> derived;
-  if (polylength->empty() && !connectivity.empty()) {
+  if (polylength.empty() && !connectivity.empty()) {
     derived = derivePolylength(connectivity, readDimension(connectivityLink));
-    polylength = &derived;
+    polylength = derived;
   }
 
   if (!connectivity.empty())
     addSharedVariable("Connectivity", meshType, Dataset::Of(connectivity), connectivityLink);
-  if (!polylength->empty())
-    addSharedVariable("Polylength", KelDov::Geometry::PolygonLengths, Dataset::Of(*polylength),
+  if (!polylength.empty())
+    addSharedVariable("Polylength", KelDov::Geometry::PolygonLengths, Dataset::Of(polylength),
                       polylengthLink);
   if (!coordinates.empty())
     addSharedVariable("Coordinates", KelDov::Geometry::Coordinates, Dataset::Of(coordinates, 3),
@@ -59,10 +59,10 @@ KelDov::VariableRef ObjectManager::addVariableOrLink(const std::string& name, Va
                                                      const KelDov::AttributeMap& attributes,
                                                      const KelDov::VariableRef* target) {
   std::uint64_t offset = 0;
-  if (target == nullptr && values.floats != nullptr)
-    offset = WriteStreamDataset(*values.floats, values.width);
-  else if (target == nullptr && values.indices != nullptr)
-    offset = WriteStreamDataset(*values.indices, values.width);
+  if (target == nullptr && values.kind == Dataset::Kind::Floats)
+    offset = WriteStreamDataset(values.floats.data(), values.floats.size(), values.width);
+  else if (target == nullptr && values.kind == Dataset::Kind::Indices)
+    offset = WriteStreamDataset(values.indices.data(), values.indices.size(), values.width);
 
   const KelDov::NumericArray described = values.Describe();
   if (progress != nullptr && target == nullptr && values.HasData())

@@ -42,17 +42,21 @@ std::map<std::string, std::vector<std::uint32_t>> ObjectManager::cutPerValue(
 
 Dataset ObjectManager::readValueArray(std::uint64_t array, KelDov::Geometry::VariableType& type) {
   if (array == NoObject) return Dataset::None();
-  // Floats or unsigned integers; any other element type gives a variable
-  // without data. An object without "Array" reads as empty floats.
-  const std::vector<float>* floats = readProperty<std::vector<float>>(array, "Array", {});
-  const std::vector<std::uint32_t>* indices =
-      readProperty<std::vector<std::uint32_t>>(array, "Array", {});
+  // Floats or unsigned integers, copied or lent; any other element type
+  // gives a variable without data. An object without "Array" reads as
+  // empty floats.
+  readProperty<std::vector<float>>(array, "Array", {});
+  const boost::any& held = objects[array].properties["Array"];
+  ArrayView<float> floats;
+  ArrayView<std::uint32_t> indices;
+  const bool isFloats = viewOf(held, floats);
+  const bool isIndices = !isFloats && viewOf(held, indices);
   const std::uint8_t width = readDimension(array);
   const KelDov::Geometry::VariableType* typeRead = readProperty<KelDov::Geometry::VariableType>(
       array, "Variable Type", KelDov::Geometry::ScalarValues);
   if (typeRead != nullptr) type = *typeRead;
-  if (floats != nullptr) return Dataset::Of(*floats, width);
-  if (indices != nullptr) return Dataset::Of(*indices, width);
+  if (isFloats) return Dataset::Of(floats, width);
+  if (isIndices) return Dataset::Of(indices, width);
   Dataset none = Dataset::None();
   none.width = width;  // kept for a cut, which always has data
   return none;
@@ -88,9 +92,9 @@ void ObjectManager::addInstanceValueVariables(MeshFrame& mesh, std::uint64_t set
 
   // Every value has coordinates and node ids; the mesh object's own win over
   // any given per value, under the same names.
-  for (std::uint64_t j = 0; j < mesh.values.size() && !mesh.coordinates->empty(); ++j)
+  for (std::uint64_t j = 0; j < mesh.values.size() && !mesh.coordinates.empty(); ++j)
     addMeshVariable(mesh, "Coordinates", mesh.nameAt("Coordinates", j),
-                    KelDov::Geometry::Coordinates, Dataset::Of(*mesh.coordinates, 3));
+                    KelDov::Geometry::Coordinates, Dataset::Of(mesh.coordinates, 3));
   for (std::uint64_t j = 0; j < mesh.values.size() && !nodeIdValues.empty(); ++j)
     addMeshVariable(mesh, "Node Ids", mesh.nameAt("Node Ids", j), KelDov::Geometry::ScalarValues,
                     Dataset::Of(nodeIdValues, 1));

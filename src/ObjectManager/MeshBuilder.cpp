@@ -18,10 +18,10 @@ void ObjectManager::writeMesh(std::uint64_t index) {
 }
 
 void ObjectManager::readMeshFrame(std::uint64_t index, MeshFrame& mesh) {
-  mesh.coordinates = &readFloatArray(readLink(index, "Coordinates"));
+  mesh.coordinates = readFloatArray(readLink(index, "Coordinates"));
   const std::uint64_t connectivityLink = readLink(index, "Connectivity");
-  mesh.connectivity = &readIndexArray(connectivityLink);
-  const std::vector<std::uint32_t>& polylength = readIndexArray(readLink(index, "Polylength"));
+  mesh.connectivity = readIndexArray(connectivityLink);
+  const ArrayView<std::uint32_t> polylength = readIndexArray(readLink(index, "Polylength"));
   mesh.instanceGroup = readLink(index, "Instance Group");
   if (mesh.instanceGroup != NoObject) readInstanceGroup(mesh);
   mesh.elementSets = readLinks(index, "Element Sets");
@@ -30,8 +30,8 @@ void ObjectManager::readMeshFrame(std::uint64_t index, MeshFrame& mesh) {
   // mesh of equal cells.
   const std::uint8_t nodesPerCell =
       connectivityLink != NoObject ? readDimension(connectivityLink) : 0;
-  mesh.cells = cellTableOf(polylength, *mesh.connectivity, nodesPerCell);
-  mesh.nodeIds = &readIndexArray(readLink(index, "Node Ids"));
+  mesh.cells = cellTableOf(polylength, mesh.connectivity, nodesPerCell);
+  mesh.nodeIds = readIndexArray(readLink(index, "Node Ids"));
 
   // Each value with a polylength of its own has cells of its own.
   const std::string polylengthKey = resultKey("Polylength");
@@ -46,7 +46,7 @@ void ObjectManager::readMeshFrame(std::uint64_t index, MeshFrame& mesh) {
 void ObjectManager::writeElementSet(MeshFrame& mesh, std::uint64_t set) {
   const std::string setName = objects[set].name;
   CutSet& cut = mesh.setCut;
-  if (!mesh.cells.empty()) cutElementSet(readIndexArray(set), mesh.cells, *mesh.connectivity, cut);
+  if (!mesh.cells.empty()) cutElementSet(readIndexArray(set), mesh.cells, mesh.connectivity, cut);
 
   std::unique_ptr<KelDov::Shape> shape(new KelDov::Shape(setName));
   shape->material.visible = readFlag(set, "Visibility", true) ? 1 : 0;
@@ -62,9 +62,9 @@ void ObjectManager::writeElementSet(MeshFrame& mesh, std::uint64_t set) {
                     KelDov::Geometry::CellConnectivity, Dataset::Of(cut.connectivity));
     addMeshVariable(mesh, setName + ResultMark + "Polylength", "Polylength",
                     KelDov::Geometry::PolygonLengths, Dataset::Of(cut.polylength));
-    if (!mesh.coordinates->empty())
+    if (!mesh.coordinates.empty())
       addMeshVariable(mesh, "Coordinates", "Coordinates", KelDov::Geometry::Coordinates,
-                      Dataset::Of(*mesh.coordinates, 3));
+                      Dataset::Of(mesh.coordinates, 3));
     // The trailing separator in the variable name is part of the format.
     if (!nodeIdValues.empty())
       addMeshVariable(mesh, "Node Ids", std::string("Node Ids") + ResultMark,

@@ -21,6 +21,7 @@
 #include "Kel/Dov/AttributeMap.h"
 #include "Kel/Dov/Geometry.h"
 #include "Kel/Dov/Tree.h"
+#include "ObjectManager/ArrayView.h"
 #include "ObjectManager/Diagnostics.h"
 
 namespace Kel {
@@ -96,9 +97,11 @@ class ObjectManager : public KelDov::Tree {
   // The checks that setValues and lendValues share, before anything is
   // allocated or kept: the identifier, a product that would wrap or not fit
   // in memory (std::length_error), a null pointer with elements to read
-  // (code 16). Returns the number of elements to take.
+  // (code 16, raised as from `method`). Returns the number of elements to
+  // take.
   template <class T>
-  std::uint64_t acceptValues(const Identifier& array, const T* values, std::uint64_t count);
+  std::uint64_t acceptValues(const Identifier& array, const T* values, std::uint64_t count,
+                             const char* method);
   void setDimension(const Identifier& object, unsigned char dimension);
 
   // Appearance and transformations.
@@ -188,7 +191,11 @@ class ObjectManager : public KelDov::Tree {
   // How closeFile() writes; refused (code 19) once building has started.
   void setWriteOptions(const WriteOptions& options);
   const WriteOptions& writeOptions() const { return options; }
-  // Keeps the host's pointer instead of a copy (same checks as setValues).
+  // Sets the file's index to write as the options say; the sequential
+  // write, without threads, where they ask for nothing else.
+  void startParallelWrite();
+  // Keeps the host's pointer instead of a copy, after the checks of
+  // setValues; the builders read it through an ArrayView.
   template <class T>
   void lendValues(const Identifier& array, const T* values, std::uint64_t count);
   void setDiagnostics(DiagnosticHandler handler, void* user);
@@ -257,9 +264,14 @@ class ObjectManager : public KelDov::Tree {
   std::uint64_t readLink(std::uint64_t index, const std::string& key);
   LinkList readLinks(std::uint64_t index, const std::string& key);
   std::uint8_t readDimension(std::uint64_t index);
-  // "Array" of an array object; empty for NoObject or another element type.
-  const std::vector<float>& readFloatArray(std::uint64_t index);
-  const std::vector<std::uint32_t>& readIndexArray(std::uint64_t index);
+  // "Array" of an array object, copied or lent; empty for NoObject or
+  // another element type.
+  template <class T>
+  ArrayView<T> readArray(std::uint64_t index);
+  ArrayView<float> readFloatArray(std::uint64_t index) { return readArray<float>(index); }
+  ArrayView<std::uint32_t> readIndexArray(std::uint64_t index) {
+    return readArray<std::uint32_t>(index);
+  }
 
   void addTransformationGroup(std::uint64_t transformation);
   void applySetColours(std::uint64_t set, KelDov::Material& material);

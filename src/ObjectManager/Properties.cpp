@@ -1,6 +1,7 @@
 // Text attributes, arrays and their width.
 
 #include <stdexcept>
+#include <string>
 #include <vector>
 
 #include "Kel/Util/Raise.h"
@@ -28,7 +29,7 @@ void ObjectManager::setDimension(const Identifier& object, unsigned char dimensi
 
 template <class T>
 std::uint64_t ObjectManager::acceptValues(const Identifier& array, const T* values,
-                                          std::uint64_t count) {
+                                          std::uint64_t count, const char* method) {
   validate(array);
   // The width in force now decides how many elements are read; a later
   // setDimension does not reshape what is stored.
@@ -36,19 +37,21 @@ std::uint64_t ObjectManager::acceptValues(const Identifier& array, const T* valu
   const std::uint64_t perTuple = width != nullptr ? *width : 1;
   // Neither the element count nor its byte size may wrap: a wrapped product
   // would read a few elements where the host meant more than memory holds.
+  // That holds whether the values are copied or lent.
   const std::uint64_t maxElements = std::vector<T>().max_size();
   if (perTuple != 0 && count > maxElements / perTuple)
-    throw std::length_error("setValues: count x \"Dimension\" is more than an array can hold");
+    throw std::length_error(std::string(method) +
+                            ": count x \"Dimension\" is more than an array can hold");
   const std::uint64_t elements = count * perTuple;
   if (elements != 0 && values == nullptr)
-    KEL_RAISE(16, "Null array pointer with a non-zero count",
-              "Kel::Dov::ObjectManager::setValues");
+    KEL_RAISE(16, "Null array pointer with a non-zero count", method);
   return elements;
 }
 
 template <class T>
 void ObjectManager::setValues(const Identifier& array, const T* values, std::uint64_t count) {
-  const std::uint64_t elements = acceptValues(array, values, count);
+  const std::uint64_t elements =
+      acceptValues(array, values, count, "Kel::Dov::ObjectManager::setValues");
   // One pass over the host's numbers, straight into the vector that the
   // property then takes over (moved, not copied again).
   std::vector<T> copy;
@@ -57,14 +60,22 @@ void ObjectManager::setValues(const Identifier& array, const T* values, std::uin
   storeProperty(array.second, "Array", std::move(copy));
 }
 
+template <class T>
+void ObjectManager::lendValues(const Identifier& array, const T* values, std::uint64_t count) {
+  const std::uint64_t elements =
+      acceptValues(array, values, count, "Kel::Dov::ObjectManager::lendValues");
+  // Only the place is kept: the host answers for the memory until the file
+  // is finished or the scene is gone.
+  storeProperty(array.second, "Array", ArrayView<T>(values, elements));
+}
+
 #define DOVWRITER_INSTANTIATE_SET_PROPERTY(T) \
   template void ObjectManager::setProperty<T>(const Identifier&, const char*, T const&);
 DOVWRITER_FOR_EACH_SHARED_VALUE_TYPE(DOVWRITER_INSTANTIATE_SET_PROPERTY)
 
-#define DOVWRITER_INSTANTIATE_SET_VALUES(T)                                               \
-  template std::uint64_t ObjectManager::acceptValues<T>(const Identifier&, T const*,        \
-                                                        std::uint64_t);                     \
-  template void ObjectManager::setValues<T>(const Identifier&, T const*, std::uint64_t);
+#define DOVWRITER_INSTANTIATE_SET_VALUES(T)                                            \
+  template void ObjectManager::setValues<T>(const Identifier&, T const*, std::uint64_t); \
+  template void ObjectManager::lendValues<T>(const Identifier&, T const*, std::uint64_t);
 DOVWRITER_FOR_EACH_SHARED_ARRAY_TYPE(DOVWRITER_INSTANTIATE_SET_VALUES)
 
 }  // namespace Dov

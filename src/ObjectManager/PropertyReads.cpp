@@ -26,20 +26,19 @@ std::uint8_t ObjectManager::readDimension(std::uint64_t index) {
   return value != nullptr ? *value : 1;
 }
 
-const std::vector<float>& ObjectManager::readFloatArray(std::uint64_t index) {
-  static const std::vector<float> none;
-  if (index == NoObject) return none;
-  const std::vector<float>* value = readProperty<std::vector<float>>(index, "Array", none);
-  return value != nullptr ? *value : none;
+template <class T>
+ArrayView<T> ObjectManager::readArray(std::uint64_t index) {
+  ArrayView<T> view;
+  if (index == NoObject) return view;
+  // Like every read here, an absent key is first given the fallback (an
+  // empty copy of T), which later reads of the object then find.
+  readProperty<std::vector<T>>(index, "Array", std::vector<T>());
+  viewOf(objects[index].properties["Array"], view);
+  return view;
 }
 
-const std::vector<std::uint32_t>& ObjectManager::readIndexArray(std::uint64_t index) {
-  static const std::vector<std::uint32_t> none;
-  if (index == NoObject) return none;
-  const std::vector<std::uint32_t>* value =
-      readProperty<std::vector<std::uint32_t>>(index, "Array", none);
-  return value != nullptr ? *value : none;
-}
+template ArrayView<float> ObjectManager::readArray<float>(std::uint64_t);
+template ArrayView<std::uint32_t> ObjectManager::readArray<std::uint32_t>(std::uint64_t);
 
 }  // namespace Dov
 }  // namespace Kel

@@ -21,8 +21,6 @@ namespace Dov {
 
 namespace {
 
-const std::vector<std::uint32_t> NoIndices;
-
 // The instance group of one mesh object, as far as the check needs it.
 struct PerValue {
   std::uint64_t mesh = NoObject;
@@ -64,10 +62,10 @@ class SceneCheck {
   // The list under `key` on the group; refused if it misses values.
   LinkList perValueList(const PerValue& data, const std::string& key, const std::string& what) const;
   void checkValueCuts(const PerValue& data, const LinkList& sets,
-                      const std::vector<const std::vector<std::uint32_t>*>& polylengths);
+                      const std::vector<ArrayView<std::uint32_t>>& polylengths);
   // `table` is made once by the caller for all the sets that it cuts.
-  void checkCut(std::uint64_t mesh, std::uint64_t set, const std::vector<std::uint32_t>& cells,
-                const CellTable& table, const std::vector<std::uint32_t>& connectivity,
+  void checkCut(std::uint64_t mesh, std::uint64_t set, ArrayView<std::uint32_t> cells,
+                const CellTable& table, ArrayView<std::uint32_t> connectivity,
                 const std::string& atValue);
 
   template <class T>
@@ -84,24 +82,29 @@ class SceneCheck {
   }
   // "Array" as unsigned integers where the builders read nothing else;
   // another element type reads as empty, as it does there.
-  const std::vector<std::uint32_t>& indexArray(std::uint64_t index) const {
-    if (index == NoObject) return NoIndices;
-    const auto* value = find<std::vector<std::uint32_t>>(index, "Array");
-    return value != nullptr ? *value : NoIndices;
+  ArrayView<std::uint32_t> indexArray(std::uint64_t index) const {
+    ArrayView<std::uint32_t> view;
+    if (index != NoObject) indicesOf(index, view);
+    return view;
+  }
+  // True if "Array" holds unsigned integers, copied or lent; `view` then
+  // shows them.
+  bool indicesOf(std::uint64_t index, ArrayView<std::uint32_t>& view) const {
+    return findArray(scene.record(index).properties, view);
   }
   // Per-value cutting data must be unsigned integers: a polylength of
   // another type would silently cut every set to nothing.
-  const std::vector<std::uint32_t>& cuttingArray(std::uint64_t mesh, std::uint64_t array,
-                                                 const std::string& what) const;
+  ArrayView<std::uint32_t> cuttingArray(std::uint64_t mesh, std::uint64_t array,
+                                        const std::string& what) const;
   std::uint8_t dimension(std::uint64_t index) const {
     const unsigned char* value = find<unsigned char>(index, "Dimension");
     return value != nullptr ? *value : 1;
   }
   // Refuses a mesh whose cells cannot be counted: no polylength, and a
   // connectivity of "Dimension" 0.
-  void checkCellsCountable(std::uint64_t mesh, const std::vector<std::uint32_t>& given,
+  void checkCellsCountable(std::uint64_t mesh, ArrayView<std::uint32_t> given,
                            std::uint64_t connectivityLink) const;
-  CellTable cellsOf(std::uint64_t mesh, const std::vector<std::uint32_t>& given,
+  CellTable cellsOf(std::uint64_t mesh, ArrayView<std::uint32_t> given,
                     std::uint64_t connectivityLink) const;
 
   std::string describe(std::uint64_t index) const {
@@ -190,7 +193,7 @@ void SceneCheck::checkGeometry(std::uint64_t index) {
   checkCellsCountable(index, indexArray(link(index, "Polylength")), connectivityLink);
 }
 
-void SceneCheck::checkCellsCountable(std::uint64_t mesh, const std::vector<std::uint32_t>& given,
+void SceneCheck::checkCellsCountable(std::uint64_t mesh, ArrayView<std::uint32_t> given,
                                      std::uint64_t connectivityLink) const {
   if (!given.empty() || indexArray(connectivityLink).empty()) return;
   if (dimension(connectivityLink) == 0)
@@ -198,7 +201,7 @@ void SceneCheck::checkCellsCountable(std::uint64_t mesh, const std::vector<std::
                      " has \"Dimension\" 0 and no polylength, so its cells cannot be counted");
 }
 
-CellTable SceneCheck::cellsOf(std::uint64_t mesh, const std::vector<std::uint32_t>& given,
+CellTable SceneCheck::cellsOf(std::uint64_t mesh, ArrayView<std::uint32_t> given,
                               std::uint64_t connectivityLink) const {
   checkCellsCountable(mesh, given, connectivityLink);
   const std::uint8_t nodesPerCell = connectivityLink != NoObject ? dimension(connectivityLink) : 0;
@@ -207,7 +210,7 @@ CellTable SceneCheck::cellsOf(std::uint64_t mesh, const std::vector<std::uint32_
 
 void SceneCheck::checkMesh(std::uint64_t index) {
   const std::uint64_t connectivityLink = link(index, "Connectivity");
-  const std::vector<std::uint32_t>& connectivity = indexArray(connectivityLink);
+  const ArrayView<std::uint32_t> connectivity = indexArray(connectivityLink);
   // One mesh may have many sets; its table of cells serves them all.
   const CellTable cells = cellsOf(index, indexArray(link(index, "Polylength")), connectivityLink);
   const LinkList sets = links(index, "Element Sets");
@@ -217,9 +220,8 @@ void SceneCheck::checkMesh(std::uint64_t index) {
   checkInstanceValues(index, sets);
 }
 
-void SceneCheck::checkCut(std::uint64_t mesh, std::uint64_t set,
-                          const std::vector<std::uint32_t>& cells, const CellTable& table,
-                          const std::vector<std::uint32_t>& connectivity,
+void SceneCheck::checkCut(std::uint64_t mesh, std::uint64_t set, ArrayView<std::uint32_t> cells,
+                          const CellTable& table, ArrayView<std::uint32_t> connectivity,
                           const std::string& atValue) {
   const CutFault fault = findCutFault(cells, table, connectivity.size());
   if (!fault.found) return;
@@ -233,13 +235,12 @@ void SceneCheck::checkCut(std::uint64_t mesh, std::uint64_t set,
   refuse(mesh, text.str());
 }
 
-const std::vector<std::uint32_t>& SceneCheck::cuttingArray(std::uint64_t mesh,
-                                                           std::uint64_t array,
-                                                           const std::string& what) const {
-  const PropertyMap& properties = scene.record(array).properties;
-  if (properties.count("Array") != 0 && find<std::vector<std::uint32_t>>(array, "Array") == nullptr)
+ArrayView<std::uint32_t> SceneCheck::cuttingArray(std::uint64_t mesh, std::uint64_t array,
+                                                  const std::string& what) const {
+  ArrayView<std::uint32_t> view;
+  if (scene.record(array).properties.count("Array") != 0 && !indicesOf(array, view))
     refuse(mesh, what + " is " + describe(array) + ", whose \"Array\" is not of unsigned int");
-  return indexArray(array);
+  return view;
 }
 
 void SceneCheck::checkInstanceValues(std::uint64_t mesh, const LinkList& sets) {
@@ -254,12 +255,12 @@ void SceneCheck::checkInstanceValues(std::uint64_t mesh, const LinkList& sets) {
   if (names != nullptr) data.names = *names;
 
   // The polylength per value is read for the mesh even without sets.
-  std::vector<const std::vector<std::uint32_t>*> polylengths;
+  std::vector<ArrayView<std::uint32_t>> polylengths;
   for (const std::string& name : data.names) {
     if (name != resultKey("Polylength")) continue;
     const LinkList list = perValueList(data, name, "the per-value list \"Polylength\"");
     for (std::uint64_t j = 0; j < data.values.size(); ++j)
-      polylengths.push_back(&cuttingArray(mesh, list[j], "the polylength" + data.at(j)));
+      polylengths.push_back(cuttingArray(mesh, list[j], "the polylength" + data.at(j)));
   }
   if (sets.empty()) return;
   for (const std::string& name : data.names)
@@ -282,20 +283,20 @@ LinkList SceneCheck::perValueList(const PerValue& data, const std::string& key,
 // With a polylength per value, each set is cut per value from that value's
 // connectivity by the cells recorded for it at that value.
 void SceneCheck::checkValueCuts(const PerValue& data, const LinkList& sets,
-                                const std::vector<const std::vector<std::uint32_t>*>& polylengths) {
+                                const std::vector<ArrayView<std::uint32_t>>& polylengths) {
   const LinkList connectivities =
       perValueList(data, resultKey("Connectivity"), "the per-value list \"Connectivity\"");
   std::vector<CellTable> tables;
-  for (const std::vector<std::uint32_t>* polylength : polylengths)
-    tables.push_back(CellTable::Listed(*polylength));
+  for (const ArrayView<std::uint32_t> polylength : polylengths)
+    tables.push_back(CellTable::Listed(polylength));
   for (const std::uint64_t set : sets) {
     const std::string setName = nameOf(set);
     const LinkList cellLists = perValueList(data, elementSetKey(setName),
                                             "the per-value cells of element set \"" + setName + "\"");
     for (std::uint64_t j = 0; j < data.values.size(); ++j) {
-      const std::vector<std::uint32_t>& connectivity =
+      const ArrayView<std::uint32_t> connectivity =
           cuttingArray(data.mesh, connectivities[j], "the connectivity" + data.at(j));
-      const std::vector<std::uint32_t>& cells = cuttingArray(
+      const ArrayView<std::uint32_t> cells = cuttingArray(
           data.mesh, cellLists[j], "the cells of element set \"" + setName + "\"" + data.at(j));
       checkCut(data.mesh, cellLists[j], cells, tables[j], connectivity, data.at(j));
     }

@@ -16,6 +16,14 @@ TEST(WriteOptions, OutOfRangeAndLateOptionsAreRefused) {
     expectRefusal([&] { scene.setWriteOptions(options); }, 16, "level");
   }
   options.level = 12;
+  for (std::uint32_t blockBytes : {4095u, (1u << 30) + 1}) {
+    options.blockBytes = blockBytes;
+    expectRefusal([&] { scene.setWriteOptions(options); }, 16, "blockBytes");
+  }
+  options.blockBytes = 4096;
+  options.threads = 1025;
+  expectRefusal([&] { scene.setWriteOptions(options); }, 16, "threads");
+  options.threads = 0;
   scene.setWriteOptions(options);
 
   const Identifier root = makeObject(scene, GroupObject, "Root");

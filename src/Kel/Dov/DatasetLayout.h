@@ -15,6 +15,7 @@
 // Every value is written exactly once, straight into its final place, so
 // the block needs no working copy of the dataset.
 
+#include <algorithm>
 #include <cstdint>
 
 #include "Kel/Util/Coding.h"
@@ -53,6 +54,33 @@ void EncodeDataset(unsigned char* out, const Values& values, std::uint64_t count
   }
   for (std::uint64_t i = items * width; i < count; ++i)
     Kel::Util::EncodeFixed32(out + 4 * i, DatasetWordBits(values[i]));
+}
+
+// Bytes `begin` to `end` of the stored form above into `out`, for a
+// dataset that spans blocks: each piece is made straight from the values,
+// with no working copy of the whole dataset. A plane is read for every
+// byte plane it holds, which costs more reading than the whole form.
+template <class Values>
+void EncodeDatasetRange(unsigned char* out, const Values& values, std::uint64_t count,
+                        std::uint8_t width, std::uint64_t begin, std::uint64_t end) {
+  if (begin == 0 && end == 4 * count) return EncodeDataset(out, values, count, width);
+  const std::uint64_t items = width != 0 ? count / width : 0;
+  const std::uint64_t planesEnd = 4 * items * width;
+  std::uint64_t at = begin;
+  while (at < end && at < planesEnd) {
+    // One run within byte plane `plane % 4` of component `plane / 4`.
+    const std::uint64_t plane = at / items;
+    const std::uint64_t component = plane / 4;
+    const unsigned shift = 8 * static_cast<unsigned>(plane % 4);
+    const std::uint64_t first = at % items;
+    const std::uint64_t last = std::min(items, first + (end - at));
+    for (std::uint64_t i = first; i < last; ++i)
+      *out++ = static_cast<unsigned char>(DatasetWordBits(values[component + i * width]) >> shift);
+    at += last - first;
+  }
+  // The values behind the items (all of them for width 0) stand as they are.
+  for (; at < end; ++at)
+    *out++ = static_cast<unsigned char>(DatasetWordBits(values[at / 4]) >> (8 * (at % 4)));
 }
 
 }  // namespace KelDov

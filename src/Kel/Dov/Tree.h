@@ -65,6 +65,9 @@ class Tree : public KelAdt::Tree<Node*> {
   // offset in the stream; full blocks leave for the file at once.
   std::uint64_t WriteStreamDataset(const std::vector<std::uint32_t>& values, std::uint8_t width);
   std::uint64_t WriteStreamDataset(const std::vector<float>& values, std::uint8_t width);
+  std::uint64_t WriteStreamDataset(const std::uint32_t* values, std::uint64_t count,
+                                   std::uint8_t width);
+  std::uint64_t WriteStreamDataset(const float* values, std::uint64_t count, std::uint8_t width);
   std::uint64_t WriteStreamDataset(const void* values, std::uint64_t count, std::uint8_t width);
 
   // Opens the file and writes its 12-byte head.
@@ -74,6 +77,14 @@ class Tree : public KelAdt::Tree<Node*> {
   void Save(KelTmf::TmFile& file, const std::string& comment);
   void SaveTree(KelTmf::TmFile& file);
   void SaveGlobalInfo(KelTmf::TmFile& file, const std::string& comment);
+
+  // Dates the file at `time` (seconds since 1970) instead of the moment
+  // of the save: two writes of one scene then give the same bytes, which
+  // is how tests compare ways of writing.
+  void PinCreationTime(std::int64_t time) {
+    creationTime = time;
+    creationTimePinned = true;
+  }
 
   KelTmf::TmFile& GetFile() { return file; }
   GlobalInformation& GetInformation() { return information; }
@@ -96,6 +107,8 @@ class Tree : public KelAdt::Tree<Node*> {
   GlobalInformation information;
   KelTmf::TmFile file;
   std::vector<std::shared_ptr<void>> sharedList;
+  std::int64_t creationTime = 0;
+  bool creationTimePinned = false;
 };
 
 // Keys of variable attributes that describe how the host held its data, not

@@ -35,6 +35,16 @@ std::uint64_t Tree::WriteStreamDataset(const std::vector<float>& values, std::ui
   return PutDataset(values.data(), values.size(), width);
 }
 
+std::uint64_t Tree::WriteStreamDataset(const std::uint32_t* values, std::uint64_t count,
+                                       std::uint8_t width) {
+  return PutDataset(values, count, width);
+}
+
+std::uint64_t Tree::WriteStreamDataset(const float* values, std::uint64_t count,
+                                       std::uint8_t width) {
+  return PutDataset(values, count, width);
+}
+
 std::uint64_t Tree::WriteStreamDataset(const void* values, std::uint64_t count,
                                        std::uint8_t width) {
   return PutDataset(HostWords{static_cast<const unsigned char*>(values)}, count, width);
@@ -56,7 +66,9 @@ std::uint64_t Tree::PutDataset(const Values& values, std::uint64_t count, std::u
   index.SetBlockFlags(HeavyDataStream, KelTmf::BlockFlagCompress);
   // Every block of the stream is compressed at the end of the save.
   index.PutCompressed(HeavyDataStream, file.stream, 4 * count,
-                      [&](unsigned char* out) { EncodeDataset(out, values, count, width); });
+                      [&](unsigned char* out, std::uint64_t begin, std::uint64_t end) {
+                        EncodeDatasetRange(out, values, count, width, begin, end);
+                      });
   index.FlushFrozen(file.stream);
   return offset;
 }

@@ -101,7 +101,8 @@ void Tree::SaveTree(KelTmf::TmFile& file) {
 
 void Tree::SaveGlobalInfo(KelTmf::TmFile& file, const std::string& comment) {
   KEL_LOG(1000, "KelDov::Tree::SaveGlobalInfo", "Saving global information ...");
-  information.creationDate = Platform::LocalTimeText(CreationDateFormat, Platform::Now());
+  information.creationDate = Platform::LocalTimeText(
+      CreationDateFormat, creationTimePinned ? creationTime : Platform::Now());
   information.formatVersion = formatVersion;
   if (information.includeMachineInfo) {
     information.computerName = Platform::ComputerName();

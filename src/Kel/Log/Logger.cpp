@@ -5,6 +5,7 @@
 #include <DovWriter/Scene.h>
 
 #include "Kel/Log/Log.h"
+#include "Kel/Log/OrderedLog.h"
 
 namespace Kel {
 namespace Log {
@@ -87,7 +88,10 @@ void TraceToFile(const char* path) {
   logger.SetFilter(kTracePublisherName, kTraceFilterName);
 }
 
-void Publish(const Kel::Util::LogRecord& record) { Logger::Instance().Publish(record); }
+void Publish(const Kel::Util::LogRecord& record) {
+  if (OrderedLog::Hold(record)) return;
+  Logger::Instance().Publish(record);
+}
 
 bool Active() { return Logger::HasRoutes(); }
 

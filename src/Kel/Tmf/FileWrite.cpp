@@ -15,4 +15,12 @@ void SeekOrFail(std::FILE* stream, std::uint64_t position, const char* method) {
   KEL_RAISE(10, "Saving the buffer failed", method);
 }
 
+void WriteAt(std::FILE* stream, std::uint64_t position, const unsigned char* bytes,
+             std::uint64_t count, const char* method) {
+  SeekOrFail(stream, position, method);
+  if (count != 0 && std::fwrite(bytes, 1, count, stream) != count) RaiseWriteFailure();
+  // Only a flush shows whether the bytes could go out.
+  if (std::fflush(stream) != 0 || std::ferror(stream) != 0) RaiseWriteFailure();
+}
+
 }  // namespace KelTmf

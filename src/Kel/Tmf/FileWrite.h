@@ -18,6 +18,11 @@ namespace KelTmf {
 // seek failed flushing bytes the stream still buffered.
 void SeekOrFail(std::FILE* stream, std::uint64_t position, const char* method);
 
+// Writes `count` bytes at `position` and flushes: code 10 where they could
+// not go out, as for any block.
+void WriteAt(std::FILE* stream, std::uint64_t position, const unsigned char* bytes,
+             std::uint64_t count, const char* method);
+
 }  // namespace KelTmf
 
 #endif

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstdlib>
 
+#include "Kel/Tmf/BlockPipeline.h"
 #include "Kel/Tmf/DeflatingBlock.h"
 #include "Kel/Util/Raise.h"
 
@@ -36,6 +37,7 @@ std::uint64_t StoredSize(const std::vector<T>& values) {
 Index::Index() = default;
 
 Index::~Index() {
+  StopParallel();
   for (Block& block : blocks) block.Release();
   staging.Release();
 }

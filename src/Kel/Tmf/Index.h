@@ -15,6 +15,7 @@
 #include <vector>
 
 #include "Kel/Tmf/Block.h"
+#include "Kel/Tmf/BlockCoding.h"
 
 namespace KelTmf {
 
@@ -41,7 +42,9 @@ struct BlockRecord {
   std::uint32_t plainLength = 0;
 };
 
+class BlockPipeline;
 class DeflatingBlock;
+struct FinishedBlock;
 
 struct BlockSizeLimiter {
   std::vector<std::uint64_t> blocks;
@@ -96,20 +99,41 @@ class Index {
     encode(block);
   }
 
-  // Puts a value of `byteCount` bytes, which `encode(out)` writes to `out`,
-  // whole into one block of `name`, like PutRecord, for a stream whose
-  // blocks the caller will mark compressed before they are written. Where
-  // the block's place in the file is known (every block in front of it is
-  // final), the value is encoded into a staging buffer that serves put
-  // after put and goes through zlib straight into `stream`: the block never
-  // holds its bytes, and the file is the same as if it had.
+  // Puts a value of `byteCount` bytes, which `encode(out, begin, end)`
+  // writes to `out` (bytes `begin` to `end` of the value), whole into one
+  // block of `name`, like PutRecord, for a stream whose blocks the caller
+  // will mark compressed before they are written. Where the block's place
+  // in the file is known (every block in front of it is final), the value
+  // is encoded into a staging buffer that serves put after put and goes
+  // through zlib straight into `stream`: the block never holds its bytes,
+  // and the file is the same as if it had. A stream cut evenly (see
+  // CutEvenly) takes the value in as many pieces as it fills blocks.
   template <class Encode>
   void PutCompressed(const std::string& name, std::FILE* stream, std::uint64_t byteCount,
                      Encode&& encode) {
+    if (!evenStream.empty() && name == evenStream)
+      return PutAcrossBlocks(name, stream, byteCount, encode);
     const CompressedPut put = BeginCompressedPut(name, stream, byteCount);
-    encode(put.out);
+    encode(put.out, 0, byteCount);
     if (put.staged) FeedStaged(byteCount);
   }
+  typedef std::function<void(unsigned char* out, std::uint64_t begin, std::uint64_t end)>
+      RangeEncoder;
+
+  // From here to StopParallel(), compressed blocks are compressed by
+  // `threads` threads (the caller's own included) while puts go on, and
+  // written to `stream` in number order by the caller's thread; with
+  // `coding.fast` through the faster encoder. The file is the one a
+  // sequential write makes, for the fast coding but its compressed bytes.
+  void StartParallel(unsigned threads, const BlockCoding& coding, std::FILE* stream);
+  // Drops the blocks not written yet and ends every thread; also done by
+  // the destructor.
+  void StopParallel();
+  // From now on the compressed puts of `name` are cut into blocks of
+  // exactly `blockBytes` plain bytes (the last one excepted), a value
+  // spanning as many blocks as it fills, and each full block leaves at
+  // once. Meant for writing in parallel.
+  void CutEvenly(const std::string& name, std::uint32_t blockBytes);
   // Told of every data block once it is in the file, with its plain length:
   // how a long write reports its progress. Index blocks are not reported.
   std::function<void(const BlockRecord& record, std::uint32_t plainLength)> blockWritten;
@@ -161,6 +185,24 @@ class Index {
   CompressedPut BeginCompressedPut(const std::string& name, std::FILE* stream,
                                    std::uint64_t byteCount);
   void FeedStaged(std::uint64_t byteCount);
+  void PutAcrossBlocks(const std::string& name, std::FILE* stream, std::uint64_t byteCount,
+                       const RangeEncoder& encode);
+  // Gives a block about to be filled a buffer from the pipeline, one that
+  // served before where there is one: fresh memory costs more to fill.
+  void ProvideBuffer(std::uint64_t number, std::uint64_t plainBytes);
+  // Writes block `number` now, or, writing in parallel, hands it to the
+  // pipeline, which writes it in turn.
+  void WriteOrSubmit(std::uint64_t number, std::FILE* stream);
+  // The pipeline's writing of a finished block, on the caller's thread.
+  void WriteFinished(const FinishedBlock& block, std::FILE* stream);
+  // The parts of a block's write that every way of writing shares, so that
+  // the trace is the same whichever way: the first lines, and the end, once
+  // the record has the block's stored size and place, with `write` putting
+  // the bytes there.
+  void LogWriteBegins(std::uint64_t number);
+  void LogPlainLength(std::uint32_t plainLength);
+  void EndBlockWrite(std::uint64_t number, bool compressed, std::uint32_t plainLength,
+                     const std::function<void()>& write);
   bool IsDeflating(std::uint64_t number) const;
   // True if block `number` is still empty and its place in the file known.
   bool CanDeflateWhilePutting(std::uint64_t number, std::FILE* stream) const;
@@ -187,6 +229,9 @@ class Index {
   std::unique_ptr<DeflatingBlock> deflating;
   // Where compressed puts are encoded; reused, grown to the largest put.
   Block staging;
+  std::unique_ptr<BlockPipeline> parallel;
+  std::string evenStream;
+  std::uint32_t evenBlockBytes = 0;
 };
 
 }  // namespace KelTmf

@@ -5,6 +5,7 @@
 #include <cstdlib>
 
 #include "Kel/Log/Log.h"
+#include "Kel/Tmf/BlockPipeline.h"
 #include "Kel/Tmf/BlockZlibCompressor.h"
 #include "Kel/Tmf/DeflatingBlock.h"
 #include "Kel/Tmf/FileWrite.h"
@@ -44,7 +45,9 @@ bool Index::IsDeflating(std::uint64_t number) const {
 }
 
 bool Index::CanDeflateWhilePutting(std::uint64_t number, std::FILE* stream) const {
-  if (!compressWhilePutting || stream == nullptr || deflating != nullptr) return false;
+  // In parallel, blocks are compressed whole, each on a thread of its own.
+  if (!compressWhilePutting || stream == nullptr || deflating != nullptr || parallel != nullptr)
+    return false;
   const Block& block = blocks[number];
   if (records[number].frozen || block.length != 0 || block.data != nullptr) return false;
   for (std::uint64_t lower = 0; lower < number; ++lower)
@@ -61,6 +64,7 @@ Index::CompressedPut Index::BeginCompressedPut(const std::string& name, std::FIL
   const std::uint64_t number =
       SelectOpenBlock(name, byteCount, 16, "Attempt to write into a frozen block", true);
   Block& block = blocks[number];
+  if (parallel != nullptr) ProvideBuffer(number, GetBlockSizeLimiter(name).limit);
   if (!IsDeflating(number) && CanDeflateWhilePutting(number, stream))
     StartDeflating(number, BlockPosition(number), stream);
   if (!IsDeflating(number)) return CompressedPut{block.Extend(byteCount), false};
@@ -101,7 +105,7 @@ bool Index::DeflateHeldBlock(std::uint64_t number, std::FILE* stream) {
 }
 
 void Index::WriteBufferToFileStream(std::uint64_t number, std::FILE* stream) {
-  KEL_LOG(1000, WriteBufferMethod, "Writing buffer " << number << " to stream.");
+  LogWriteBegins(number);
   BlockRecord& record = RecordAt(number, WriteBufferMethod);
   Block& block = blocks[number];
   const bool compress = (record.flags & BlockFlagCompress) != 0;
@@ -111,7 +115,7 @@ void Index::WriteBufferToFileStream(std::uint64_t number, std::FILE* stream) {
     KEL_RAISE_CODE(14, WriteBufferMethod);
 
   const std::uint32_t plainLength = block.length;
-  if (plainLength != 0) KEL_LOG(1000, WriteBufferMethod, "Buffer length: " << plainLength);
+  LogPlainLength(plainLength);
   if (!inFile && compress) inFile = DeflateHeldBlock(number, stream);
   if (inFile) {
     FinishDeflating(record, block);
@@ -123,19 +127,35 @@ void Index::WriteBufferToFileStream(std::uint64_t number, std::FILE* stream) {
     }
     record.position = BlockPosition(number);
   }
-  if (compress)
-    KEL_LOG(1000, WriteBufferMethod, "Buffer length after transformations: " << block.length);
   record.size = block.length;
   if (record.flags & BlockFlagFreeze) {
     record.frozen = true;
     record.plainLength = plainLength;
   }
+  EndBlockWrite(number, compress, plainLength, [&] {
+    if (!inFile) {
+      SeekOrFail(stream, record.position, WriteBufferMethod);
+      block.Write(stream, false);
+    }
+    block.Release();
+  });
+}
+
+void Index::LogWriteBegins(std::uint64_t number) {
+  KEL_LOG(1000, WriteBufferMethod, "Writing buffer " << number << " to stream.");
+}
+
+void Index::LogPlainLength(std::uint32_t plainLength) {
+  if (plainLength != 0) KEL_LOG(1000, WriteBufferMethod, "Buffer length: " << plainLength);
+}
+
+void Index::EndBlockWrite(std::uint64_t number, bool compressed, std::uint32_t plainLength,
+                          const std::function<void()>& write) {
+  const BlockRecord& record = records[number];
+  if (compressed)
+    KEL_LOG(1000, WriteBufferMethod, "Buffer length after transformations: " << record.size);
   KEL_LOG(1000, WriteBufferMethod, "Writing buffer at position: " << record.position);
-  if (!inFile) {
-    SeekOrFail(stream, record.position, WriteBufferMethod);
-    block.Write(stream, false);
-  }
-  block.Release();
+  write();
   KEL_LOG(1000, WriteBufferMethod, "Buffer " << number << " written to stream.");
   if (blockWritten) blockWritten(record, plainLength);
 }
@@ -184,9 +204,12 @@ void Index::FlushFrozen(std::FILE* stream) {
       while (finalPrefix < number && IsFinal(finalPrefix)) ++finalPrefix;
       // A lower block that can still grow leaves this block's place open.
       if (finalPrefix < number) KEL_RAISE_CODE(13, FlushMethod);
-      WriteBufferToFileStream(number, stream);
+      WriteOrSubmit(number, stream);
     }
   }
+  // Blocks that threads have finished meanwhile go to the file now, which
+  // frees their memory.
+  if (parallel != nullptr) parallel->WriteReady();
   KEL_LOG(1000, FlushMethod, "Frozen blocks flushed. ");
 }
 
@@ -212,7 +235,8 @@ void Index::WriteAllBuffersToFileStream(std::FILE* stream) {
   std::uint64_t first = 0;
   while (first < records.size() && IsFinal(first)) ++first;
   for (std::uint64_t number = first; number < records.size(); ++number)
-    WriteBufferToFileStream(number, stream);
+    WriteOrSubmit(number, stream);
+  if (parallel != nullptr) parallel->Drain();
   WriteFirstIndex(stream);
   auto chain = limiters.find(IndexBlockName);
   if (chain != limiters.end())

@@ -97,7 +97,10 @@ TEST(IndexPuts, APutThatWouldCarryABlockPastWhatItCanHoldStartsANewOne) {
   const TmfTest::Bytes raw = TmfTest::Pattern(50, 3);
   index.Put("S", std::string(60, 'a'));  // 64 bytes
   index.Put("S", raw.data(), raw.size());
-  index.PutCompressed("S", nullptr, 40, [](unsigned char* out) { std::fill_n(out, 40, 7); });
+  index.PutCompressed("S", nullptr, 40,
+                      [](unsigned char* out, std::uint64_t begin, std::uint64_t end) {
+                        std::fill(out, out + (end - begin), 7);
+                      });
   index.Put("S", std::vector<std::uint32_t>(24, 1));  // 100 bytes: fills a block exactly
   EXPECT_EQ(index.GetBlockSizeLimiter("S").blocks, (Numbers{0, 1, 2}));
   EXPECT_EQ(index.blocks[1].length, 90u);

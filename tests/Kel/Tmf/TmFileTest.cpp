@@ -39,7 +39,7 @@ TEST(TmFileWriting, FullDeviceGivesCode10) {
   TmFile compressing;
   compressing.OpenFileForWriting("/dev/full", true);
   compressing.index.PutCompressed("Z", compressing.stream, 3,
-                                  [](unsigned char* out) { out[0] = out[1] = out[2] = 7; });
+                                  [](unsigned char* out, std::uint64_t, std::uint64_t) { out[0] = out[1] = out[2] = 7; });
   compressing.index.SetBlockFlags("Z", KelTmf::BlockFlagCompress);
   TmfTest::ExpectFailure(
       [&] { compressing.index.WriteAllBuffersToFileStream(compressing.stream); }, 10,

@@ -1,0 +1,96 @@
+// Writing on several threads: blocks are handed to a pipeline that
+// compresses them while the puts go on and gives them back in number order,
+// on the caller's thread, which writes them as the sequential write does.
+
+#include <algorithm>
+#include <limits>
+
+#include "Kel/Tmf/BlockPipeline.h"
+#include "Kel/Tmf/FileWrite.h"
+#include "Kel/Tmf/Index.h"
+#include "Kel/Util/Raise.h"
+
+namespace KelTmf {
+
+namespace {
+const char* const WriteBufferMethod = "KelTmf::Index::WriteBufferToFileStream";
+}  // namespace
+
+void Index::StartParallel(unsigned threads, const BlockCoding& coding, std::FILE* stream) {
+  parallel.reset(new BlockPipeline(threads, coding, [this, stream](const FinishedBlock& block) {
+    WriteFinished(block, stream);
+  }));
+}
+
+void Index::StopParallel() { parallel.reset(); }
+
+void Index::CutEvenly(const std::string& name, std::uint32_t blockBytes) {
+  evenStream = name;
+  evenBlockBytes = blockBytes;
+}
+
+void Index::ProvideBuffer(std::uint64_t number, std::uint64_t plainBytes) {
+  Block& block = blocks[number];
+  if (block.data != nullptr || block.length != 0) return;
+  // Room for a full block: an exact fit counts as full, hence one more byte.
+  // A last put that carries the block beyond grows the buffer as usual.
+  Buffer buffer = parallel->TakeBuffer(plainBytes + 1);
+  block.capacity = buffer.capacity();
+  block.data = buffer.Release();
+}
+
+void Index::PutAcrossBlocks(const std::string& name, std::FILE* stream, std::uint64_t byteCount,
+                            const RangeEncoder& encode) {
+  std::uint64_t done = 0;
+  do {
+    // A piece never exceeds one block of this stream, far below 4 GiB.
+    const std::uint64_t most = std::min<std::uint64_t>(byteCount - done, evenBlockBytes);
+    const std::uint64_t number =
+        SelectOpenBlock(name, most, 16, "Attempt to write into a frozen block", true);
+    Block& block = blocks[number];
+    if (parallel != nullptr) ProvideBuffer(number, evenBlockBytes);
+    const std::uint64_t room = evenBlockBytes - std::min(evenBlockBytes, block.length);
+    const std::uint64_t piece = std::min<std::uint64_t>(byteCount - done, room);
+    encode(block.Extend(piece), done, done + piece);
+    done += piece;
+    if (block.length >= evenBlockBytes) {
+      // A full block leaves at once, marked as the stream's blocks are.
+      records[number].flags |= BlockFlagCompress | BlockFlagFreeze;
+      WriteOrSubmit(number, stream);
+    }
+  } while (done < byteCount);
+}
+
+void Index::WriteOrSubmit(std::uint64_t number, std::FILE* stream) {
+  if (parallel == nullptr) return WriteBufferToFileStream(number, stream);
+  BlockRecord& record = RecordAt(number, WriteBufferMethod);
+  Block& block = blocks[number];
+  if (record.frozen || block.ContentsReleased()) KEL_RAISE_CODE(14, WriteBufferMethod);
+  // From here its bytes cannot change: the stream's length and the next
+  // put see it as written, as they would after a sequential write.
+  if (record.flags & BlockFlagFreeze) {
+    record.frozen = true;
+    record.plainLength = block.length;
+  }
+  Buffer plain(block.data, block.capacity);
+  block.data = nullptr;
+  parallel->Submit(number, std::move(plain), block.length,
+                   (record.flags & BlockFlagCompress) != 0);
+}
+
+void Index::WriteFinished(const FinishedBlock& finished, std::FILE* stream) {
+  const std::uint64_t number = finished.number;
+  BlockRecord& record = records[number];
+  LogWriteBegins(number);
+  LogPlainLength(finished.plainLength);
+  // The sizes in the index are 32-bit, as on the sequential path.
+  if (finished.size > std::numeric_limits<std::uint32_t>::max())
+    KEL_RAISE(1, "Value too large: a block holds less than 4 GiB", "KelTmf::Block::Put");
+  record.size = static_cast<std::uint32_t>(finished.size);
+  record.position = BlockPosition(number);
+  EndBlockWrite(number, finished.compressed, finished.plainLength, [&] {
+    WriteAt(stream, record.position, finished.bytes, finished.size, WriteBufferMethod);
+  });
+}
+
+}  // namespace KelTmf
