@@ -10,12 +10,13 @@ packages=(cmake gcc g++ gfortran make pkg-config zlib1g-dev libdeflate-dev libbo
 if [ "${1:-}" = "--tests" ]; then
   # An independent VTK reader checks the files that dovinspect exports; the
   # Python module is built with pybind11 and tested with pytest; the fuzz
-  # targets need clang and its libFuzzer and sanitizer runtimes.
+  # targets need clang and its libFuzzer and sanitizer runtimes; the MPI
+  # library and its tests need MPI's headers and mpirun.
   packages+=(python3-vtk9 python3-numpy python3-dev pybind11-dev python3-pytest clang
-             libclang-rt-14-dev)
+             libclang-rt-14-dev libopenmpi-dev openmpi-bin)
 fi
 if [ "${1:-}" = "--bench" ]; then
-  packages+=(libhdf5-dev gnuplot-nox)
+  packages+=(libhdf5-dev gnuplot-nox libopenmpi-dev openmpi-bin)
 fi
 
 missing=()

@@ -31,14 +31,18 @@ class ParallelWrite {
 }  // namespace
 
 void ObjectManager::saveTo(const char* path, bool overwrite) {
+  bindPath(path);
+  explainingFailures("saveTo", overwrite, [&] { SetStreamFile(fileName, overwrite); });
+  fileState = FileState::Bound;
+}
+
+void ObjectManager::bindPath(const char* path) {
   // A second file would get a head and nothing else: the tree of this scene
   // is built once, into the first file.
   if (fileState == FileState::Building || fileState == FileState::Finished)
     KEL_RAISE(19, "saveTo after closeFile: this scene has already built its file", SaveToMethod);
   if (path == nullptr) KEL_RAISE(16, "saveTo without a path", SaveToMethod);
   fileName = path;
-  explainingFailures("saveTo", overwrite, [&] { SetStreamFile(fileName, overwrite); });
-  fileState = FileState::Bound;
 }
 
 void ObjectManager::createDefaultViews(const Identifier& object) {

@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include "Kel/Tmf/BlockPlaces.h"
 #include "Kel/Tmf/Index.h"
 #include "TmfTestSupport.h"
 
@@ -87,4 +88,20 @@ TEST(IndexPuts, RecordPutsStayInOneBlockAndWrittenBlocksTakeNoMore) {
   TmfTest::ExpectFailure([&] { index.Put("S", &byte, 1); }, 5, "Element Not Found");
   TmfTest::ExpectFailure([&] { index.Put(KelTmf::IndexBlockName + "x", std::uint8_t(0)); }, 16,
                          "Reserved block name used for a stream");
+}
+
+// Blocks written by others take the numbers and places of the position rule,
+// and each writer finds the same place knowing only what lies in front of it.
+TEST(IndexAdoption, AdoptedBlocksLieWhereEachWriterPlacesItsOwn) {
+  Index index;
+  std::uint64_t stored = 0;
+  for (std::uint64_t block = 0; block < 450; ++block) {
+    const std::uint32_t size = 100 + static_cast<std::uint32_t>(block * 37 % 1000);
+    const std::uint64_t number = index.AdoptWrittenBlock("S", 4096, size, 33);
+    ASSERT_EQ(index.records[number].position, KelTmf::DataBlockPosition(block, stored)) << block;
+    ASSERT_TRUE(index.records[number].frozen);
+    stored += size;
+  }
+  EXPECT_EQ(index.GetStreamLength("S"), 450u * 4096);
+  EXPECT_EQ(index.GetBlockSizeLimiter(KelTmf::IndexBlockName).blocks, (Numbers{19, 219, 419}));
 }
