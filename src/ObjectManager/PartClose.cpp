@@ -97,6 +97,9 @@ std::exception_ptr WriteFailure(const std::string& path, const std::string& reas
 // What a part brings to the file; summed over the parts in front of it,
 // where its own begins.
 enum PartCount { Entries, HeavyBytes, HeavyBlocks, StoredBytes, LightBytes, PartCounts };
+// What every rank tells every other of its root: the ids of its first and
+// last top-level entries in the file, and what decides the root's mark.
+enum PartEnd { FirstTop, LastTop, EntryCount, ComponentCount, MeshCount, PartEnds };
 
 struct KeptBlock {
   std::uint32_t plainLength = 0;
@@ -193,20 +196,31 @@ class PartClose {
     group.sumOverLower(before, PartCounts);
     placement.entryShift = static_cast<std::uint32_t>(before[Entries]);
     placement.heavyShift = before[HeavyBytes];
-    const std::uint64_t ends[3] = {shifted(scene.FirstTop()), shifted(scene.LastTop()),
-                                   counts[Entries]};
-    const std::vector<std::uint64_t> all = group.gatherAll(ends, 3);
+    const LinkList components = scene.readLinks(scene.root, "Components");
+    std::uint64_t meshes = 0;
+    for (std::uint64_t component : components)
+      if (scene.objects[component].type == MeshObject) ++meshes;
+    const std::uint64_t ends[PartEnds] = {shifted(scene.FirstTop()), shifted(scene.LastTop()),
+                                          counts[Entries], components.size(), meshes};
+    const std::vector<std::uint64_t> all = group.gatherAll(ends, PartEnds);
+    std::uint64_t allComponents = 0, allMeshes = 0;
     totalEntries = 1;
     for (int rank = 0; rank < group.size(); ++rank) {
-      const std::uint64_t firstTop = all[3 * rank], lastTop = all[3 * rank + 1];
-      totalEntries += all[3 * rank + 2];
-      if (firstTop == 0) continue;
-      if (placement.firstTop == 0) placement.firstTop = static_cast<std::uint32_t>(firstTop);
-      placement.lastTop = static_cast<std::uint32_t>(lastTop);
-      if (rank < group.rank()) placement.previousTop = static_cast<std::uint32_t>(lastTop);
+      const std::uint64_t* end = &all[PartEnds * rank];
+      totalEntries += end[EntryCount];
+      allComponents += end[ComponentCount];
+      allMeshes += end[MeshCount];
+      if (end[FirstTop] == 0) continue;
+      if (placement.firstTop == 0) placement.firstTop = static_cast<std::uint32_t>(end[FirstTop]);
+      placement.lastTop = static_cast<std::uint32_t>(end[LastTop]);
+      if (rank < group.rank()) placement.previousTop = static_cast<std::uint32_t>(end[LastTop]);
       if (rank > group.rank() && placement.nextTop == 0)
-        placement.nextTop = static_cast<std::uint32_t>(firstTop);
+        placement.nextTop = static_cast<std::uint32_t>(end[FirstTop]);
     }
+    // The one root marks, as a root of its own would, several components
+    // of which one is a mesh.
+    if (auto root = dynamic_cast<KelDov::Group*>(scene[KelDov::Tree::RootId].value))
+      root->rootFlag = allComponents >= 2 && allMeshes != 0 ? 1 : 0;
   }
 
   std::uint64_t shifted(std::uint32_t id) const { return id == 0 ? 0 : id + before[Entries]; }
