@@ -24,10 +24,11 @@ void WriteBytes(const std::string& path, const std::uint8_t* data, std::size_t s
 // only ever raise DovReader::ReadError, which is caught here.
 void ReadEverything(const std::string& path);
 
-// Runs verify, info, tree, vars, dump (of variable `variable` of entry
-// `entry`) and export on the file, output discarded. Aborts if a command
-// exits with another status than 0 or 1, or if a file that verify calls
-// sound fails in info, tree or vars.
+// Runs verify, info, tree, vars, check (as JSON), diff against itself,
+// dump (of variable `variable` of entry `entry`) and export on the file,
+// output discarded. Aborts if a command exits with another status than 0
+// or 1 (or 3 for check's warnings), or if a file that verify calls sound
+// fails in info, tree or vars, or differs from itself.
 void RunEveryCommand(const std::string& path, unsigned entry, unsigned variable);
 
 // Aborts the process with a message; libFuzzer then keeps the input.

@@ -3,17 +3,18 @@
 # something is missing. Run as root on a bare machine; harmless elsewhere.
 set -euo pipefail
 
-# gfortran builds the Fortran module (left out where no Fortran compiler is
-# found, but the tests want it).
-packages=(cmake gcc g++ gfortran make pkg-config zlib1g-dev libdeflate-dev libboost-dev libgtest-dev
-          googletest)
+# Building the library, the examples and the tools (the demo needs no more).
+packages=(cmake gcc g++ make pkg-config zlib1g-dev libdeflate-dev libboost-dev)
 if [ "${1:-}" = "--tests" ]; then
-  # An independent VTK reader checks the files that dovinspect exports; the
-  # Python module is built with pybind11 and tested with pytest; the fuzz
-  # targets need clang and its libFuzzer and sanitizer runtimes; the MPI
-  # library and its tests need MPI's headers and mpirun.
-  packages+=(python3-vtk9 python3-numpy python3-dev pybind11-dev python3-pytest clang
-             libclang-rt-14-dev libopenmpi-dev openmpi-bin)
+  # GoogleTest; gfortran builds the Fortran module (left out where no
+  # Fortran compiler is found, but the tests want it); an independent VTK
+  # reader checks the files that dovinspect exports, and Python's json
+  # module its JSON; the Python module is built with pybind11 and tested
+  # with pytest; the fuzz targets need clang and its libFuzzer and
+  # sanitizer runtimes; the MPI library and its tests need MPI's headers
+  # and mpirun.
+  packages+=(libgtest-dev googletest gfortran python3 python3-vtk9 python3-numpy python3-dev \
+             pybind11-dev python3-pytest clang libclang-rt-14-dev libopenmpi-dev openmpi-bin)
 fi
 if [ "${1:-}" = "--bench" ]; then
   packages+=(libhdf5-dev gnuplot-nox libopenmpi-dev openmpi-bin)

@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <exception>
 
+#include "ErrorCode.h"
 #include "Export.h"
 #include "LogRecord.h"
 
@@ -28,6 +29,8 @@ class DOVWRITER_API Exception : public std::exception {
   const char* what() const noexcept override;
   virtual std::int32_t GetCode() const;
   virtual const char* GetDescription() const;
+  // GetCode() by name.
+  ErrorCode GetErrorCode() const { return static_cast<ErrorCode>(GetCode()); }
 
   // The name of a code ("Write Error" for 10), or "Invalid Exception" for a
   // number outside the table.

@@ -38,16 +38,20 @@ if(NOT pc_count EQUAL 1)
   message(FATAL_ERROR "Expected one dovwriter.pc under ${prefix}, found: ${pc_files}")
 endif()
 get_filename_component(pc_dir ${pc_files} DIRECTORY)
-get_filename_component(lib_dir ${pc_dir} DIRECTORY)
 set(ENV{PKG_CONFIG_PATH} ${pc_dir})
-set(ENV{LD_LIBRARY_PATH} ${lib_dir})
+unset(ENV{LD_LIBRARY_PATH})
 
-# consume(HOST PACKAGE COMPILER SOURCE [FLAGS...])
+# consume(HOST PACKAGE COMPILER SOURCE [FLAGS...]): a host built through
+# pkg-config finds the library at run time through the rpath that the
+# README shows, taken from the package's libdir; no LD_LIBRARY_PATH.
 function(consume host package compiler source)
   run(pkg-config --cflags --libs ${package})
   string(STRIP "${last_output}" flags)
   separate_arguments(flags UNIX_COMMAND "${flags}")
-  run(${compiler} ${ARGN} ${CONSUMER_DIR}/${source} ${flags} -o ${WORK_DIR}/${host}_pc)
+  run(pkg-config --variable=libdir ${package})
+  string(STRIP "${last_output}" lib_dir)
+  run(${compiler} ${ARGN} ${CONSUMER_DIR}/${source} ${flags} -Wl,-rpath,${lib_dir}
+      -o ${WORK_DIR}/${host}_pc)
   run(${WORK_DIR}/${host}_pc)
   message(STATUS "pkg-config ${host}: ${last_output}")
 endfunction()
@@ -56,6 +60,12 @@ consume(consumer dovwriter ${CXX} consumer.cpp -std=c++17)
 consume(consumer_c dovwriter ${CC} consumer.c -std=c99)
 if(FC)
   consume(consumer_fortran dovwriter-fortran ${FC} consumer.f90)
+endif()
+
+# The installed tool finds the installed library by itself.
+if(EXISTS ${prefix}/bin/dovinspect)
+  run(${prefix}/bin/dovinspect --version)
+  message(STATUS "installed dovinspect: ${last_output}")
 endif()
 
 # The Python package, where it was built: found under the prefix, with the

@@ -1,10 +1,12 @@
 // The dovinspect program as a user runs it, on a model written through the
 // public API; exported files are read back by VTK's own reader.
 
+#include <DovWriter/Version.h>
 #include <gtest/gtest.h>
 
 #include <filesystem>
 #include <sstream>
+#include <thread>
 
 #include "Commands.h"
 #include "Kel/Dov/Tree.h"
@@ -34,13 +36,18 @@ bool Contains(const std::string& text, const std::string& part) {
 
 TEST(Dovinspect, HelpAndUsageErrors) {
   EXPECT_EQ(Tool({"--help"}).status, 0);
-  for (const char* command : {"info", "tree", "vars", "dump", "verify", "export"}) {
+  EXPECT_EQ(Tool({"--version"}).out, std::string("dovinspect ") + DOVWRITER_VERSION_STRING +
+                                         "\nlibrary " + DOVWRITER_VERSION_STRING +
+                                         "\nformat 1.1\n");
+  for (const char* command :
+       {"info", "tree", "vars", "dump", "verify", "check", "diff", "export"}) {
     ProcessResult help = Tool({command, "--help"});
     EXPECT_EQ(help.status, 0) << command;
     EXPECT_TRUE(Contains(help.out, std::string("Usage: dovinspect ") + command)) << help.out;
   }
   EXPECT_TRUE(Contains(Tool({"export", "--help"}).out, "8 hexahedron"));
 
+  const std::string left = "Model/Plate/Left/Left";
   struct Case {
     std::vector<std::string> args;
     int status;
@@ -58,9 +65,13 @@ TEST(Dovinspect, HelpAndUsageErrors) {
       {{"export", "f", "out", "--raw=1"}, 2, "--raw takes no value"},
       {{"export", ModelPath(), "out", "--cells=round"}, 2, "--cells expects"},
       {{"info", "/nonexistent/model.dov"}, 1, "dovinspect info: "},
-      {{"tree", DOVWRITER_SOURCE_DIR "/CMakeLists.txt"}, 1, "dovinspect tree: "},
-      {{"vars", ModelPath(), "Model/Nothing"}, 1, "dovinspect vars: "},
-      {{"dump", ModelPath(), "Model/Plate/Left/Left", "Pressure"}, 1, "no variable 'Pressure'"},
+      {{"vars", ModelPath(), "Model/Plate/Lft"}, 1, "'Model/Plate/Lft'; closest: Model/Plate/Left"},
+      {{"dump", ModelPath(), left, "Pressure"}, 1, "no variable 'Pressure'"},
+      {{"dump", ModelPath(), left, "Temprature", "--at", "Time=1"}, 1, "closest: Temperature"},
+      {{"dump", ModelPath(), left, "Temperature"}, 1, "--at: Time=0.5, Time=1, Time=2"},
+      {{"dump", ModelPath(), left, "Temperature", "--at", "Time=3"}, 1, "not at Time=3"},
+      {{"dump", "f", "g", "v", "--at", "Time"}, 2, "--at expects NAME=VALUE"},
+      {{"diff", "a", "b", "--rtol", "-1"}, 2, "--rtol expects a non-negative number"},
   };
   for (const Case& c : cases) {
     ProcessResult run = Tool(c.args);
@@ -90,17 +101,101 @@ TEST(Dovinspect, InfoTreeVarsAndDumpDescribeTheModel) {
   }
   EXPECT_FALSE(Contains(Tool(cases[2].first).out, "Left"));
 
-  // "All" stores Temperature as a link to the dataset of "Left".
-  for (const char* geometry : {"Model/Plate/Left/Left", "Model/Plate/All/All"}) {
-    ProcessResult dump = Tool({"dump", ModelPath(), geometry, "Temperature\\x1ETime = 1"});
+  // "All" stores Temperature as a link to the dataset of "Left"; an instance
+  // value is named in full, or by --at, where numbers match by value.
+  const std::vector<std::vector<std::string>> dumps = {
+      {"Model/Plate/Left/Left", "Temperature\\x1ETime = 1"},
+      {"Model/Plate/All/All", "Temperature\\x1ETime = 1"},
+      {"Model/Plate/All/All", "Temperature", "--at", "Time=1.0"}};
+  for (std::vector<std::string> args : dumps) {
+    args.insert(args.begin(), {"dump", ModelPath()});
+    ProcessResult dump = Tool(args);
     ASSERT_EQ(dump.status, 0) << dump.err;
-    EXPECT_EQ(dump.out, "0: 100\n1: 101\n2: 102\n3: 103\n4: 104\n5: 105\n") << geometry;
+    EXPECT_EQ(dump.out, "0: 100\n1: 101\n2: 102\n3: 103\n4: 104\n5: 105\n") << args[2];
   }
   ProcessResult limited =
       Tool({"dump", "--limit=2", ModelPath(), "Model/Plate/Left/Left", "--", "Coordinates"});
   ASSERT_EQ(limited.status, 0) << limited.err;
   EXPECT_EQ(limited.out, "0: 0 0 0\n1: 1 0 0\n");
   EXPECT_TRUE(Contains(limited.err, "4 more tuples"));
+}
+
+// Every command gives a file of another kind one line that says so.
+TEST(Dovinspect, NotAModelFileIsOneLine) {
+  const std::string source = DOVWRITER_SOURCE_DIR "/CMakeLists.txt";
+  const std::string out = ToolTest::ScratchDir("not-a-model");
+  const std::vector<std::vector<std::string>> commands = {
+      {"info", source},   {"tree", source},        {"vars", source},
+      {"dump", source, "g", "v"}, {"verify", source}, {"check", source},
+      {"diff", ModelPath(), source}, {"export", source, out}};
+  for (std::vector<std::string> command : commands) {
+    ProcessResult run = Tool(command);
+    const std::string text = run.out + run.err;
+    EXPECT_EQ(run.status, 1) << command[0];
+    EXPECT_EQ(std::count(text.begin(), text.end(), '\n'), 1) << text;
+    EXPECT_TRUE(Contains(text, source + ": not a model file: it does not begin with the signature"))
+        << text;
+  }
+}
+
+// --json gives one document that a JSON parser reads back; names keep
+// their control bytes.
+TEST(Dovinspect, JsonDocumentsReadBack) {
+  const std::string dir = ToolTest::ScratchDir("json");
+  const std::vector<std::pair<std::vector<std::string>, std::vector<std::string>>> cases = {
+      {{"info", ModelPath()}, {"information/application", "scene/geometries", "streams/0/name"}},
+      {{"tree", ModelPath()}, {"entries/0/group/root", "entries/3/parent", "len:entries"}},
+      {{"vars", ModelPath(), "Model/Plate/All/All"},
+       {"geometries/0/variables/4/name", "geometries/0/variables/4/instanceValue"}},
+      {{"verify", ModelPath()}, {"sound", "len:violations"}},
+      {{"check", ModelPath()}, {"errors", "warnings", "findings/0/index"}},
+  };
+  const std::vector<std::string> expected = {
+      "\"inspect test\"\n4\n\"Heavy Data\"\n",
+      "true\n3\n11\n",
+      "\"Temperature\\u001eTime = 0.5\"\n\"0.5\"\n",
+      "true\n0\n",
+      "0\n6\nnull\n",
+  };
+  for (std::size_t i = 0; i < cases.size(); ++i) {
+    std::vector<std::string> args = cases[i].first;
+    args.push_back("--json");
+    ProcessResult run = Tool(args);
+    EXPECT_EQ(run.status, args[0] == "check" ? 3 : 0) << run.err;
+    ToolTest::WriteFile(dir + "/out.json", run.out);
+    std::vector<std::string> query = {"/usr/bin/python3",
+                                      DOVWRITER_SOURCE_DIR "/tests/tools/json_query.py",
+                                      dir + "/out.json"};
+    query.insert(query.end(), cases[i].second.begin(), cases[i].second.end());
+    ProcessResult parsed = ToolTest::RunProcess(query);
+    EXPECT_EQ(parsed.status, 0) << parsed.err << run.out;
+    EXPECT_EQ(parsed.out, expected[i]) << args[0];
+  }
+}
+
+// The same model written again, later and cut into other blocks, is no
+// difference; a changed value is one, unless a tolerance takes it.
+TEST(Dovinspect, DiffComparesModelsNotBytes) {
+  const std::string dir = ToolTest::ScratchDir("diff");
+  const std::string again = dir + "/again.dov", changed = dir + "/changed.dov";
+  const std::string created = Tool({"info", ModelPath()}).out;
+  ToolTest::WriteTestModel(changed, 0, 0.5f);
+  do {
+    std::this_thread::sleep_for(std::chrono::milliseconds(100));
+    ToolTest::WriteTestModel(again, 1);
+  } while (Tool({"info", again}).out.substr(created.find("Created:")).substr(0, 40) ==
+           created.substr(created.find("Created:")).substr(0, 40));
+
+  ProcessResult same = Tool({"diff", ModelPath(), again});
+  EXPECT_EQ(same.status, 0) << same.out << same.err;
+  EXPECT_EQ(same.out, "no differences\n");
+  ProcessResult differs = Tool({"diff", ModelPath(), changed});
+  EXPECT_EQ(differs.status, 1) << differs.err;
+  EXPECT_TRUE(Contains(differs.out, "Model/Plate/Left/Left Temperature\\x1ETime = 1: 1 of 6 "
+                                    "values differ, most at [4]: 104 vs 104.5\n1 difference\n"))
+      << differs.out;
+  EXPECT_EQ(Tool({"diff", "--atol=0.5", ModelPath(), changed}).status, 0);
+  EXPECT_EQ(Tool({"diff", "--rtol=0.004", ModelPath(), changed}).status, 1);
 }
 
 // A tree 3,000 groups deep: its lines stop growing at a depth of 32, where

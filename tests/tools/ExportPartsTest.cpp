@@ -2,7 +2,6 @@
 // cell types beyond the test model's, inconsistent meshes, per-value data
 // without values, results that fit nowhere.
 
-#include <Kel/Util/Coding.h>
 #include <gtest/gtest.h>
 
 #include <map>
@@ -40,31 +39,7 @@ TEST(CellTypes, CellsFollowNodeCountTypeAndPolylength) {
   EXPECT_EQ(extra.warnings.size(), 1u);
 }
 
-// A model held in memory: variables with their words.
-struct FakeModel : ValueSource {
-  GeometryInfo& Geometry(const std::string& name) {
-    geometries.push_back(
-        {static_cast<std::uint32_t>(geometries.size() + 2), name, "Root/" + name, {}});
-    return geometries.back();
-  }
-  void Add(GeometryInfo& g, const std::string& name, std::uint32_t type,
-           const std::vector<float>& values, std::uint8_t width = 1) {
-    std::vector<std::uint32_t> words;
-    for (float v : values) words.push_back(Kel::Util::FloatBits(v));
-    Add(g, name, type, words, kFloatData, width);
-  }
-  void Add(GeometryInfo& g, const std::string& name, std::uint32_t type,
-           const std::vector<std::uint32_t>& words, std::uint8_t dataType = kUnsignedData,
-           std::uint8_t width = 1) {
-    g.variables.push_back({g.variables.size(), name, type, dataType, width, words.size()});
-    data[{g.entryId, g.variables.back().index}] = words;
-  }
-  std::vector<std::uint32_t> Words(std::uint32_t entryId, std::size_t index) override {
-    return data.at({entryId, index});
-  }
-  std::vector<GeometryInfo> geometries;
-  std::map<std::pair<std::uint32_t, std::size_t>, std::vector<std::uint32_t>> data;
-};
+using FakeModel = ToolTest::FakeModel;
 
 std::string At(const std::string& name, const std::string& value) {
   return name + "\x1ET = " + value;

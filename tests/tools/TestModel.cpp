@@ -41,13 +41,13 @@ Identifier ElementSet(Scene_V1& scene, const char* name, const std::vector<unsig
   return set;
 }
 
-void AddResults(Scene_V1& scene, const Identifier& plate) {
+void AddResults(Scene_V1& scene, const Identifier& plate, float temperatureChange) {
   Identifier time = scene.createObject(InstanceGroupObject);
   scene.setName(time, "Time");
   for (int t = 0; t < 3; ++t) {
     std::vector<float> temperature, damage, displacement;
     for (int node = 0; node < 6; ++node) {
-      temperature.push_back(Temperature(t, node));
+      temperature.push_back(Temperature(t, node) + (t == 1 && node == 4 ? temperatureChange : 0));
       displacement.insert(displacement.end(), {0, 0, kTimes[t] * float(node)});
     }
     for (int cell = 0; cell < 3; ++cell) damage.push_back(Damage(t, cell));
@@ -59,7 +59,7 @@ void AddResults(Scene_V1& scene, const Identifier& plate) {
   }
 }
 
-Identifier Plate(Scene_V1& scene) {
+Identifier Plate(Scene_V1& scene, float temperatureChange) {
   Identifier plate = scene.createObject(MeshObject);
   scene.setName(plate, "Plate");
   scene.setCoordinates(plate, Array(scene, kPlateCoordinates, 3));
@@ -71,7 +71,7 @@ Identifier Plate(Scene_V1& scene) {
   scene.setVisibility(right, false);
   scene.addElementSet(plate, right);
   scene.addElementSet(plate, ElementSet(scene, "All", {0, 1, 2}));
-  AddResults(scene, plate);
+  AddResults(scene, plate, temperatureChange);
   return plate;
 }
 
@@ -88,12 +88,13 @@ Identifier Bolt(Scene_V1& scene) {
 
 }  // namespace
 
-void WriteTestModel(const std::string& path, std::uint32_t heavyBlockLimit) {
+void WriteTestModel(const std::string& path, std::uint32_t heavyBlockLimit,
+                    float temperatureChange) {
   SmallBlockScene scene;
   scene.setApplicationInfo("inspect test", 7);
   Identifier root = scene.createObject(GroupObject);
   scene.setName(root, "Model");
-  scene.addComponent(root, Plate(scene));
+  scene.addComponent(root, Plate(scene, temperatureChange));
   Identifier place = scene.createObject(TransformationObject);
   scene.setTranslation(place, 10, 0, 0);
   scene.addComponent(root, Bolt(scene), place);

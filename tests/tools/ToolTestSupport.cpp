@@ -1,5 +1,6 @@
 #include "ToolTestSupport.h"
 
+#include <Kel/Util/Coding.h>
 #include <gtest/gtest.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -97,6 +98,44 @@ std::map<std::string, VtkRecords> ReadWithVtk(const std::vector<std::string>& pa
     }
   }
   return summaries;
+}
+
+FakeModel::GeometryInfo& FakeModel::Geometry(const std::string& name) {
+  const std::uint32_t entry = static_cast<std::uint32_t>(geometries.size() + 2);
+  geometries.push_back({entry, name, "Root/" + name, {}});
+  return geometries.back();
+}
+
+void FakeModel::Add(GeometryInfo& g, const std::string& name, std::uint32_t type,
+                    const std::vector<float>& values, std::uint8_t width) {
+  std::vector<std::uint32_t> words;
+  for (float v : values) words.push_back(Kel::Util::FloatBits(v));
+  Add(g, name, type, words, DovInspect::kFloatData, width);
+}
+
+void FakeModel::Add(GeometryInfo& g, const std::string& name, std::uint32_t type,
+                    const std::vector<std::uint32_t>& words, std::uint8_t dataType,
+                    std::uint8_t width) {
+  g.variables.push_back({g.variables.size(), name, type, dataType, width, words.size()});
+  g.variables.back().offset = nextOffset;
+  nextOffset += 4 * words.size() + 4;
+  data[{g.entryId, g.variables.back().index}] = words;
+}
+
+void FakeModel::Link(GeometryInfo& g, const std::string& name, const GeometryInfo& target,
+                     std::size_t index) {
+  DovInspect::VariableInfo link = target.variables.at(index);
+  link.index = g.variables.size();
+  link.name = name;
+  link.linked = true;
+  link.linkEntry = target.entryId;
+  link.linkIndex = static_cast<std::uint32_t>(index);
+  g.variables.push_back(link);
+  data[{g.entryId, link.index}] = data.at({target.entryId, index});
+}
+
+std::vector<std::uint32_t> FakeModel::Words(std::uint32_t entryId, std::size_t index) {
+  return data.at({entryId, index});
 }
 
 }  // namespace ToolTest

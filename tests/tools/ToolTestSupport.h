@@ -19,6 +19,8 @@
 #include <string>
 #include <vector>
 
+#include "Model.h"
+
 namespace ToolTest {
 
 extern const std::vector<float> kPlateCoordinates;
@@ -28,7 +30,9 @@ float Damage(int time, int cell);
 
 // Writes the model to `path`. A `heavyBlockLimit` other than 0 cuts "Heavy
 // Data" into small blocks, so that the file needs an index block.
-void WriteTestModel(const std::string& path, std::uint32_t heavyBlockLimit = 0);
+// `temperatureChange` is added to the temperature of node 4 at time 1.
+void WriteTestModel(const std::string& path, std::uint32_t heavyBlockLimit = 0,
+                    float temperatureChange = 0);
 
 // A fresh, empty directory under DOVWRITER_TEST_TMP, removed when the test
 // process ends.
@@ -54,6 +58,26 @@ std::vector<double> Numbers(const std::string& text);
 bool HaveVtkPython();
 // Reads every file with VTK; fails the calling test on a reader error.
 std::map<std::string, VtkRecords> ReadWithVtk(const std::vector<std::string>& paths);
+
+// A model held in memory, for the parts of the tool that take geometries
+// and a value source: each variable added gets a dataset of its own, at an
+// offset of its own; Link adds one that shares an earlier one's dataset.
+struct FakeModel : DovInspect::ValueSource {
+  using GeometryInfo = DovInspect::GeometryInfo;
+  GeometryInfo& Geometry(const std::string& name);
+  void Add(GeometryInfo& g, const std::string& name, std::uint32_t type,
+           const std::vector<float>& values, std::uint8_t width = 1);
+  void Add(GeometryInfo& g, const std::string& name, std::uint32_t type,
+           const std::vector<std::uint32_t>& words,
+           std::uint8_t dataType = DovInspect::kUnsignedData, std::uint8_t width = 1);
+  void Link(GeometryInfo& g, const std::string& name, const GeometryInfo& target,
+            std::size_t index);
+  std::vector<std::uint32_t> Words(std::uint32_t entryId, std::size_t index) override;
+
+  std::vector<GeometryInfo> geometries;
+  std::map<std::pair<std::uint32_t, std::size_t>, std::vector<std::uint32_t>> data;
+  std::uint64_t nextOffset = 0;
+};
 
 }  // namespace ToolTest
 

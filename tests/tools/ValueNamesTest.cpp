@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include "Json.h"
 #include "ValueNames.h"
 #include "VtkXml.h"
 
@@ -27,6 +28,10 @@ TEST(ValueNames, SplitsNameGroupAndValue) {
   // In XML attributes, as VTK shows them.
   EXPECT_EQ(XmlAttribute("a<b>&\"c\""), "a&lt;b&gt;&amp;&quot;c&quot;");
   EXPECT_EQ(XmlAttribute(name), "Stress?Time = 1 \\ ?");
+  // In JSON: valid UTF-8 stays, control bytes and stray bytes (here a
+  // surrogate's three) become \u00XX.
+  EXPECT_EQ(JsonString(std::string("q\"\\\x1E\xC3\xA9\xED\xA0\x80\xFF", 10)),
+            "\"q\\\"\\\\\\u001e\xC3\xA9\\u00ed\\u00a0\\u0080\\u00ff\"");
 }
 
 TEST(ValueNames, NumericValuesBecomeTimesOtherwiseOrder) {

@@ -15,6 +15,12 @@ namespace DovInspect {
 const int kExitOk = 0;
 const int kExitFailure = 1;  // the work failed, or verify found violations
 const int kExitUsage = 2;    // the command line was wrong
+const int kExitWarnings = 3; // check found warnings and no errors
+
+// The --json option and its line in the help of the commands that have it.
+#define DOVINSPECT_JSON_HELP \
+  "  --json   one JSON document on standard output (docs/dovinspect-json.md)\n"
+const OptionSpec kJsonOption{"--json", false};
 
 struct Command {
   const char* name;
@@ -33,6 +39,13 @@ const Command& VarsCommand();
 const Command& DumpCommand();
 const Command& VerifyCommand();
 const Command& ExportCommand();
+const Command& CheckCommand();
+const Command& DiffCommand();
+
+// "1 error", "2 errors": a count and its noun.
+inline std::string Counted(std::size_t count, const std::string& noun) {
+  return std::to_string(count) + " " + noun + (count == 1 ? "" : "s");
+}
 
 // Runs one command line (without the program name) and returns the exit
 // status. Every failure is reported on `err` as one readable message.

@@ -22,6 +22,7 @@ struct VariableInfo {
   std::uint8_t dataType = 0;
   std::uint8_t width = 0;
   std::uint64_t count = 0;  // number of 4-byte values, links followed
+  std::uint64_t offset = 0;  // of the values in "Heavy Data", links followed
   bool linked = false;
   std::uint32_t linkEntry = 0;
   std::uint32_t linkIndex = 0;

@@ -1,6 +1,8 @@
 #include "Reading.h"
 
 #include "Cli.h"
+#include "FileHead.h"
+#include "Suggest.h"
 
 namespace DovInspect {
 
@@ -17,6 +19,7 @@ VariableInfo Describe(const DovReader::Scene& scene, std::uint32_t entryId, std:
   info.dataType = static_cast<std::uint8_t>(variable.dataType);
   info.width = holder.width;
   info.count = holder.byteSize / 4;
+  info.offset = holder.offset;
   info.linked = variable.linked != 0;
   info.linkEntry = variable.linkEntryId;
   info.linkIndex = variable.linkVariableIndex;
@@ -25,8 +28,10 @@ VariableInfo Describe(const DovReader::Scene& scene, std::uint32_t entryId, std:
 
 }  // namespace
 
+// A file of another kind is told apart by its head before the reader tries
+// to make an index of its bytes.
 ModelFile::ModelFile(const std::string& path)
-    : path_(path),
+    : path_((RequireModelFile(path), path)),
       container_(DovReader::Container::Open(path)),
       scene_(DovReader::Scene::Read(container_)) {}
 
@@ -96,6 +101,19 @@ std::vector<GeometryInfo> SelectGeometries(const std::vector<GeometryInfo>& all,
     if (g.path == selector || below) selected.push_back(g);
   }
   return selected;
+}
+
+std::string NoGeometryAt(const std::vector<GeometryInfo>& all, const std::string& selector) {
+  // A selector may name a group, so the groups above each geometry count.
+  std::vector<std::string> paths;
+  for (const GeometryInfo& g : all) {
+    for (std::size_t slash = g.path.find('/'); slash != std::string::npos;
+         slash = g.path.find('/', slash + 1)) {
+      paths.push_back(g.path.substr(0, slash));
+    }
+    paths.push_back(g.path);
+  }
+  return "no geometry at '" + selector + "'" + ClosestHint(selector, paths);
 }
 
 }  // namespace DovInspect

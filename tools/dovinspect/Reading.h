@@ -47,6 +47,8 @@ class ModelFile : public ValueSource {
 // prefix (all geometries below a group). An empty selector names all.
 std::vector<GeometryInfo> SelectGeometries(const std::vector<GeometryInfo>& all,
                                            const std::string& selector);
+// "no geometry at 'SELECTOR'", with the closest paths of `all`.
+std::string NoGeometryAt(const std::vector<GeometryInfo>& all, const std::string& selector);
 
 }  // namespace DovInspect
 

@@ -1,8 +1,11 @@
+#include <DovWriter/Version.h>
+
 #include <exception>
 #include <new>
 
 #include "Commands.h"
 #include "Failure.h"
+#include "FileHead.h"
 
 namespace DovInspect {
 
@@ -11,8 +14,8 @@ namespace {
 const char kProgram[] = "dovinspect";
 
 std::vector<const Command*> AllCommands() {
-  return {&InfoCommand(), &TreeCommand(),   &VarsCommand(),
-          &DumpCommand(), &VerifyCommand(), &ExportCommand()};
+  return {&InfoCommand(),   &TreeCommand(),  &VarsCommand(), &DumpCommand(),
+          &VerifyCommand(), &CheckCommand(), &DiffCommand(), &ExportCommand()};
 }
 
 const Command* FindCommand(const std::string& name) {
@@ -29,7 +32,17 @@ void PrintOverview(std::ostream& out) {
     out << "  " << command->name << std::string(8 - std::string(command->name).size(), ' ')
         << command->summary << "\n";
   }
-  out << "\nRun '" << kProgram << " COMMAND --help' for the arguments of a command.\n";
+  out << "\nRun '" << kProgram << " COMMAND --help' for the arguments of a command,\n"
+      << "'" << kProgram << " --version' for the versions of the tool, the library and the\n"
+      << "model file format.\n";
+}
+
+// The tool's version is the one it was built as; the library's is that of
+// the library it runs with.
+void PrintVersions(std::ostream& out) {
+  out << kProgram << " " << DOVWRITER_VERSION_STRING << "\n"
+      << "library " << Kel::Dov::libraryVersion() << "\n"
+      << "format " << kFormatVersion << "\n";
 }
 
 void PrintCommandHelp(const Command& command, std::ostream& out) {
@@ -70,6 +83,10 @@ int RunTool(const std::vector<std::string>& args, std::ostream& out, std::ostrea
   const std::string& name = args.front();
   if (name == "-h" || name == "--help" || name == "help") {
     PrintOverview(out);
+    return kExitOk;
+  }
+  if (name == "--version") {
+    PrintVersions(out);
     return kExitOk;
   }
   const Command* command = FindCommand(name);

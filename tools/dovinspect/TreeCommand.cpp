@@ -5,6 +5,7 @@
 
 #include "Commands.h"
 #include "Reading.h"
+#include "TreeJson.h"
 #include "ValueNames.h"
 
 namespace DovInspect {
@@ -67,6 +68,10 @@ const std::uint32_t kMaxIndentDepth = 32;
 
 int RunTree(const CommandLine& line, std::ostream& out, std::ostream&) {
   ModelFile model(line.positional[0]);
+  if (line.Has("--json")) {
+    PrintTreeJson(model, out);
+    return kExitOk;
+  }
   for (const DovReader::TreeRecord& record : model.Scene().Records()) {
     const std::uint32_t depth = model.DepthOf(record.id);
     const std::string indent(2 * std::min(depth, kMaxIndentDepth), ' ');
@@ -94,13 +99,14 @@ const Command& TreeCommand() {
   static const Command command{
       "tree",
       "Show the scene tree with transformations, colours and visibility.",
-      "FILE",
+      "FILE [--json]",
       "One line per tree entry, indented by depth (beyond 32 levels the depth\n"
       "shows as a number): [entry id], node type and name.\n"
       "Groups add their visibility, translation, rotation, scale and other\n"
       "attributes; shapes their visibility and the four colours (red, green,\n"
-      "blue, alpha) of their material; geometries their number of variables.\n",
-      {},
+      "blue, alpha) of their material; geometries their number of variables.\n\n"
+      "Options:\n" DOVINSPECT_JSON_HELP,
+      {kJsonOption},
       1,
       1,
       RunTree};

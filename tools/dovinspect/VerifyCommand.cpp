@@ -5,6 +5,8 @@
 
 #include "Commands.h"
 #include "Failure.h"
+#include "FileHead.h"
+#include "Json.h"
 #include "Reading.h"
 #include "ValueNames.h"
 #include "Verify.h"
@@ -62,6 +64,9 @@ void CheckDatasets(const ModelFile& model, std::vector<std::string>& violations)
 }  // namespace
 
 std::vector<std::string> VerifyModel(const std::string& path) {
+  // A file of another kind is one finding, not a list of what its bytes
+  // would mean as an index.
+  if (std::optional<std::string> why = WhyNotAModelFile(path)) return {*why};
   std::vector<std::string> violations = DovReader::Container::Verify(path);
   if (!violations.empty()) return violations;  // the scene cannot be trusted either
   try {
@@ -80,6 +85,14 @@ namespace {
 int RunVerify(const CommandLine& line, std::ostream& out, std::ostream&) {
   const std::string& path = line.positional[0];
   std::vector<std::string> violations = VerifyModel(path);
+  if (line.Has("--json")) {
+    JsonWriter json(out);
+    json.BeginObject().Field("file", path).Field("sound", violations.empty());
+    json.Key("violations").BeginArray();
+    for (const std::string& violation : violations) json.String(violation);
+    json.EndArray().EndObject().Finish();
+    return violations.empty() ? kExitOk : kExitFailure;
+  }
   for (const std::string& violation : violations) out << path << ": " << violation << "\n";
   if (!violations.empty()) return kExitFailure;
   out << path << ": sound\n";
@@ -92,15 +105,17 @@ const Command& VerifyCommand() {
   static const Command command{
       "verify",
       "Check the structure of a model file.",
-      "FILE",
+      "FILE [--json]",
       "Checks the head, the chain of indexes, every block (each compressed block\n"
       "must inflate to its stated length), the scene streams (global information,\n"
       "tree records, groups, materials, geometries and their attributes, links\n"
       "between variables), and that every dataset lies inside \"Heavy Data\" without\n"
       "overlapping another. Blocks are inflated one at a time.\n\n"
       "Prints 'FILE: sound' and exits with 0, or prints one line per violation\n"
-      "and exits with 1.\n",
-      {},
+      "and exits with 1. A file that is no model file is one violation that\n"
+      "says why. 'check' looks at what the values mean.\n\n"
+      "Options:\n" DOVINSPECT_JSON_HELP,
+      {kJsonOption},
       1,
       1,
       RunVerify};

@@ -8,21 +8,8 @@
 namespace Kel {
 namespace Util {
 
-namespace {
-const char* const kCodeTexts[] = {
-    "Memory Allocation Error", "Out of Bounds",        "Unknown Version",
-    "Not Initialized",         "Element Exists",       "Element Not Found",
-    "Invalid Method",          "Invalid Enumeration",  "Invalid Object",
-    "Read Error",              "Write Error",          "Format Not Supported",
-    "Bad Casting",             "Not Implemented",      "Mis-match Error",
-    "System Error",            "Miscelleneous Error",  "Zero Length",
-    "Model Error",             "State Error"};
-}  // namespace
-
 const char* Exception::CodeText(std::int32_t code) {
-  if (code >= 0 && code < static_cast<std::int32_t>(sizeof kCodeTexts / sizeof kCodeTexts[0]))
-    return kCodeTexts[code];
-  return "Invalid Exception";
+  return ErrorCodeText(static_cast<ErrorCode>(code));
 }
 
 Exception::Exception(std::int32_t code_, const char* description, const char* file,

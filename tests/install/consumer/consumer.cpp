@@ -1,6 +1,7 @@
 // A host built against the installed library: it must compile from the
-// installed headers alone, link every spelling of the 64-bit types, and
-// catch the library's exception by type across the library boundary.
+// installed headers alone, link every spelling of the 64-bit types, run
+// with the library of its headers' version, and catch the library's
+// exception by type across the library boundary.
 
 #include <DovWriter/DovWriter.h>
 
@@ -31,11 +32,13 @@ int main() {
   scene.setApplicationInfo("consumer", stepA);
 
   if (std::strcmp(scene.getName(mesh), "Mesh") != 0) return 2;
+  std::printf("version %s\n", Kel::Dov::libraryVersion());
+  if (std::strcmp(Kel::Dov::libraryVersion(), DOVWRITER_VERSION_STRING) != 0) return 5;
   try {
     scene.validate(Kel::Dov::Identifier{0, 0});
   } catch (const Kel::Util::Exception& error) {
     std::printf("code %d\n", static_cast<int>(error.GetCode()));
-    return error.GetCode() == 8 ? 0 : 3;
+    return error.GetErrorCode() == Kel::Util::ErrorCode::InvalidObject ? 0 : 3;
   }
   return 4;
 }
