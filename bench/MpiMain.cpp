@@ -85,7 +85,8 @@ double WriteByAllRanks(const ModelShape& whole, const std::string& path, const O
     write.threads = options.threadsPerRank;
     write.encoding = Kel::Dov::Encoding::Fast;
     scene.setWriteOptions(write);
-    SceneFeeder(slab, true, scene, watch).Feed();
+    SceneFeeder feeder(slab, true, scene, watch);  // keeps the lent arrays to the end
+    feeder.Feed();
     watch.Time([&] {
       scene.saveTo(path.c_str(), nullptr, false, true);
       scene.closeFile(path.c_str());
