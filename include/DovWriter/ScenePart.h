@@ -38,13 +38,16 @@ class DOVWRITER_API PartGroup {
   virtual std::vector<unsigned char> gatherAtFirst(const std::vector<unsigned char>& bytes) = 0;
   // Rank `from`'s bytes, on every rank.
   virtual void broadcast(std::vector<unsigned char>& bytes, int from) = 0;
-  // The file that rank 0 has created, opened for writing by every rank.
-  virtual std::string openShared(const char* path) = 0;
-  // Writes `count` bytes at `position`; a rank with nothing to write in
-  // this round takes part with a count of 0.
-  virtual std::string writeAtAll(std::uint64_t position, const unsigned char* bytes,
-                                 std::uint64_t count) = 0;
-  virtual std::string closeShared() = 0;
+  // A run of bytes of this rank's share of the file, and where it goes.
+  struct Piece {
+    std::uint64_t position;
+    const unsigned char* bytes;
+    std::uint64_t count;
+  };
+  // Writes every rank's pieces (each rank's in ascending places, none of
+  // them 2 GiB or more) into the file that rank 0 has created, in one
+  // collective write. Returns the same text on every rank.
+  virtual std::string writeShared(const char* path, const std::vector<Piece>& pieces) = 0;
 };
 
 // Everything of Scene_V2; saveTo() and closeFile() are collective over the

@@ -13,16 +13,16 @@ namespace {
 // MPI counts are ints: larger messages go in pieces.
 const std::uint64_t LargestPiece = INT_MAX;
 
-int Piece(std::uint64_t left) { return static_cast<int>(std::min(left, LargestPiece)); }
+int PieceCount(std::uint64_t left) { return static_cast<int>(std::min(left, LargestPiece)); }
 
 void SendInPieces(const unsigned char* bytes, std::uint64_t count, int to, MPI_Comm comm) {
   for (std::uint64_t done = 0; done < count; done += LargestPiece)
-    MPI_Send(bytes + done, Piece(count - done), MPI_BYTE, to, 0, comm);
+    MPI_Send(bytes + done, PieceCount(count - done), MPI_BYTE, to, 0, comm);
 }
 
 void ReceiveInPieces(unsigned char* bytes, std::uint64_t count, int from, MPI_Comm comm) {
   for (std::uint64_t done = 0; done < count; done += LargestPiece)
-    MPI_Recv(bytes + done, Piece(count - done), MPI_BYTE, from, 0, comm, MPI_STATUS_IGNORE);
+    MPI_Recv(bytes + done, PieceCount(count - done), MPI_BYTE, from, 0, comm, MPI_STATUS_IGNORE);
 }
 
 std::string ErrorText(int code) {
@@ -49,9 +49,7 @@ MpiGroup::MpiGroup(MPI_Comm from) {
 MpiGroup::~MpiGroup() {
   int finalized = 0;
   MPI_Finalized(&finalized);
-  if (finalized) return;
-  if (file != MPI_FILE_NULL) MPI_File_close(&file);
-  MPI_Comm_free(&comm);
+  if (!finalized) MPI_Comm_free(&comm);
 }
 
 void MpiGroup::sumOverLower(std::uint64_t* values, int count) {
@@ -94,30 +92,65 @@ void MpiGroup::broadcast(std::vector<unsigned char>& bytes, int from) {
   MPI_Bcast(&size, 1, MPI_UINT64_T, from, comm);
   bytes.resize(size);
   for (std::uint64_t done = 0; done < size; done += LargestPiece)
-    MPI_Bcast(bytes.data() + done, Piece(size - done), MPI_BYTE, from, comm);
+    MPI_Bcast(bytes.data() + done, PieceCount(size - done), MPI_BYTE, from, comm);
 }
 
-std::string MpiGroup::openShared(const char* path) {
-  // Files report failures to the caller (MPI's default for files), which
-  // turns them into one failure of every rank.
-  return ErrorText(MPI_File_open(comm, path, MPI_MODE_WRONLY, MPI_INFO_NULL, &file));
+std::string MpiGroup::agreed(const std::string& failure) {
+  std::uint64_t failed = failure.empty() ? 0 : 1;
+  const std::vector<std::uint64_t> flags = gatherAll(&failed, 1);
+  const int first = static_cast<int>(std::find(flags.begin(), flags.end(), 1u) - flags.begin());
+  if (first == ranks) return std::string();
+  std::vector<unsigned char> text(failure.begin(), failure.end());
+  broadcast(text, first);
+  return "rank " + std::to_string(first) + ": " + std::string(text.begin(), text.end());
 }
 
-std::string MpiGroup::writeAtAll(std::uint64_t position, const unsigned char* bytes,
-                                 std::uint64_t count) {
-  if (count > LargestPiece) return "a block of more than 2 GiB";
+std::string MpiGroup::writeShared(const char* path, const std::vector<Piece>& pieces) {
+  std::string failure;
+  for (const Piece& piece : pieces)
+    if (piece.count > LargestPiece) failure = "a block of 2 GiB or more";
+  MPI_File file = MPI_FILE_NULL;
+  // Files report failures to the caller (MPI's default for files); every
+  // step is agreed on before the next collective one, so that no rank
+  // waits for one that has given up.
+  if (failure.empty())
+    failure = ErrorText(MPI_File_open(comm, path, MPI_MODE_WRONLY, MPI_INFO_NULL, &file));
+  failure = agreed(failure);
+  if (!failure.empty()) {
+    if (file != MPI_FILE_NULL) MPI_File_close(&file);
+    return failure;
+  }
+  failure = agreed(writePieces(file, pieces));
+  const std::string closing = agreed(ErrorText(MPI_File_close(&file)));
+  return failure.empty() ? closing : failure;
+}
+
+std::string MpiGroup::writePieces(MPI_File file, const std::vector<Piece>& pieces) {
+  // One type for where the pieces go in the file and one for where they lie
+  // in memory: a single collective write takes them all.
+  const int count = static_cast<int>(pieces.size());
+  std::vector<int> lengths(count);
+  std::vector<MPI_Aint> places(count), addresses(count);
+  for (int i = 0; i < count; ++i) {
+    lengths[i] = static_cast<int>(pieces[i].count);
+    places[i] = static_cast<MPI_Aint>(pieces[i].position);
+    MPI_Get_address(pieces[i].bytes, &addresses[i]);
+  }
+  MPI_Datatype inFile, inMemory;
+  MPI_Type_create_hindexed(count, lengths.data(), places.data(), MPI_BYTE, &inFile);
+  MPI_Type_create_hindexed(count, lengths.data(), addresses.data(), MPI_BYTE, &inMemory);
+  MPI_Type_commit(&inFile);
+  MPI_Type_commit(&inMemory);
+  char native[] = "native";
+  std::string failure =
+      ErrorText(MPI_File_set_view(file, 0, MPI_BYTE, inFile, native, MPI_INFO_NULL));
   MPI_Status status;
-  const int code = MPI_File_write_at_all(file, static_cast<MPI_Offset>(position), bytes,
-                                         static_cast<int>(count), MPI_BYTE, &status);
-  if (code != MPI_SUCCESS) return ErrorText(code);
-  int written = 0;
-  MPI_Get_count(&status, MPI_BYTE, &written);
-  return static_cast<std::uint64_t>(written) == count ? std::string() : "a short write";
-}
-
-std::string MpiGroup::closeShared() {
-  if (file == MPI_FILE_NULL) return std::string();
-  return ErrorText(MPI_File_close(&file));
+  const int code = MPI_File_write_all(file, failure.empty() ? MPI_BOTTOM : nullptr,
+                                      failure.empty() ? 1 : 0, inMemory, &status);
+  if (failure.empty()) failure = ErrorText(code);
+  MPI_Type_free(&inFile);
+  MPI_Type_free(&inMemory);
+  return failure;
 }
 
 }  // namespace Dov

@@ -22,14 +22,15 @@ class MpiGroup : public PartGroup {
   std::vector<std::uint64_t> gatherAll(const std::uint64_t* values, int count) override;
   std::vector<unsigned char> gatherAtFirst(const std::vector<unsigned char>& bytes) override;
   void broadcast(std::vector<unsigned char>& bytes, int from) override;
-  std::string openShared(const char* path) override;
-  std::string writeAtAll(std::uint64_t position, const unsigned char* bytes,
-                         std::uint64_t count) override;
-  std::string closeShared() override;
+  std::string writeShared(const char* path, const std::vector<Piece>& pieces) override;
 
  private:
+  // The first failure on any rank, as every rank's text; "" where none.
+  std::string agreed(const std::string& failure);
+  // Sets the file's view to `pieces` and writes them all at once.
+  std::string writePieces(MPI_File file, const std::vector<Piece>& pieces);
+
   MPI_Comm comm = MPI_COMM_NULL;
-  MPI_File file = MPI_FILE_NULL;
   int myRank = 0;
   int ranks = 1;
 };

@@ -18,6 +18,7 @@
 #include "Kel/Util/Raise.h"
 #include "ObjectManager/Diagnostics.h"
 #include "ObjectManager/ObjectManager.h"
+#include "Platform/Platform.h"
 
 namespace Kel {
 namespace Dov {
@@ -68,9 +69,9 @@ void Agree(PartGroup& group, const std::exception_ptr& failure, const char* meth
   if (first == group.rank()) std::rethrow_exception(failure);
   std::int32_t code = 16;
   if (bytes.size() >= sizeof code) std::memcpy(&code, bytes.data(), sizeof code);
+  const std::string description(bytes.begin() + std::min(bytes.size(), sizeof code), bytes.end());
   const std::string text = "rank " + std::to_string(first) + " of " +
-                           std::to_string(group.size()) + " failed: " +
-                           std::string(bytes.begin() + std::min(bytes.size(), sizeof code), bytes.end());
+                           std::to_string(group.size()) + " failed: " + description;
   KEL_RAISE(code, text.c_str(), method);
 }
 
@@ -104,7 +105,31 @@ enum PartEnd { FirstTop, LastTop, EntryCount, ComponentCount, MeshCount, PartEnd
 struct KeptBlock {
   std::uint32_t plainLength = 0;
   std::uint8_t flags = 0;
-  std::vector<unsigned char> bytes;
+  const unsigned char* bytes = nullptr;  // in KeptBytes
+  std::uint64_t size = 0;
+};
+
+// The stored forms of a part's blocks, kept until their places are known,
+// one behind the other in large chunks prepared for filling: fresh memory
+// taken page by page costs a good part of what compressing costs.
+class KeptBytes {
+ public:
+  const unsigned char* keep(const unsigned char* bytes, std::uint64_t size) {
+    if (chunks.empty() || chunks.back().capacity() - chunks.back().size() < size) {
+      chunks.emplace_back();
+      Platform::ReserveForFilling(chunks.back(), std::max(ChunkBytes, size));
+    }
+    // Within the capacity: the chunk never moves, so what it keeps stays put.
+    std::vector<unsigned char>& chunk = chunks.back();
+    const std::size_t at = chunk.size();
+    chunk.insert(chunk.end(), bytes, bytes + size);
+    return chunk.data() + at;
+  }
+  void release() { chunks = std::vector<std::vector<unsigned char>>(); }
+
+ private:
+  static constexpr std::uint64_t ChunkBytes = 64u << 20;
+  std::vector<std::vector<unsigned char>> chunks;
 };
 
 void Append(std::vector<unsigned char>& out, std::uint64_t value) {
@@ -181,8 +206,8 @@ class PartClose {
     if (block.size > std::numeric_limits<std::uint32_t>::max())
       KEL_RAISE(1, "Value too large: a block holds less than 4 GiB", CloseFileMethod);
     const KelTmf::BlockRecord& record = index.records[block.number];
-    kept.push_back(KeptBlock{block.plainLength, record.flags,
-                             std::vector<unsigned char>(block.bytes, block.bytes + block.size)});
+    const unsigned char* bytes = keptBytes.keep(block.bytes, block.size);
+    kept.push_back(KeptBlock{block.plainLength, record.flags, bytes, block.size});
     counts[HeavyBytes] += block.plainLength;
     counts[HeavyBlocks] += 1;
     counts[StoredBytes] += block.size;
@@ -234,7 +259,7 @@ class PartClose {
     Append(out, kept.size());
     for (const KeptBlock& block : kept) {
       Append(out, block.plainLength);
-      Append(out, block.bytes.size());
+      Append(out, block.size);
       Append(out, block.flags);
     }
     if (first) return out;
@@ -282,32 +307,19 @@ class PartClose {
       }
   }
 
-  // Every rank writes its blocks at their places, one block per round of
-  // collective writes; a rank with fewer blocks takes part writing nothing.
+  // Every rank writes its blocks at their places, all in one collective
+  // write; their memory goes once they are in the file.
   void writeBlocks() {
-    const std::uint64_t mine = kept.size();
-    const std::vector<std::uint64_t> all = group.gatherAll(&mine, 1);
-    const std::uint64_t rounds = *std::max_element(all.begin(), all.end());
-    std::string failure = group.openShared(scene.fileName.c_str());
-    Agree(group, failure.empty() ? std::exception_ptr() : WriteFailure(scene.fileName, failure),
-          CloseFileMethod);
+    std::vector<PartGroup::Piece> pieces;
     std::uint64_t stored = before[StoredBytes];
-    for (std::uint64_t round = 0; round < rounds; ++round) {
-      std::string error;
-      if (round < kept.size()) {
-        std::vector<unsigned char>& bytes = kept[round].bytes;
-        const std::uint64_t position =
-            KelTmf::DataBlockPosition(before[HeavyBlocks] + round, stored);
-        error = group.writeAtAll(position, bytes.data(), bytes.size());
-        stored += bytes.size();
-        bytes = std::vector<unsigned char>();
-      } else {
-        error = group.writeAtAll(0, nullptr, 0);
-      }
-      if (failure.empty()) failure = error;
+    for (std::uint64_t block = 0; block < kept.size(); ++block) {
+      pieces.push_back(PartGroup::Piece{
+          KelTmf::DataBlockPosition(before[HeavyBlocks] + block, stored), kept[block].bytes,
+          kept[block].size});
+      stored += kept[block].size;
     }
-    const std::string closing = group.closeShared();
-    if (failure.empty()) failure = closing;
+    const std::string failure = group.writeShared(scene.fileName.c_str(), pieces);
+    keptBytes.release();
     Agree(group, failure.empty() ? std::exception_ptr() : WriteFailure(scene.fileName, failure),
           CloseFileMethod);
   }
@@ -317,6 +329,7 @@ class PartClose {
   const bool first;
   std::unique_ptr<CloseProgress> progress;
   std::vector<KeptBlock> kept;
+  KeptBytes keptBytes;
   std::uint64_t counts[PartCounts] = {};
   std::uint64_t before[PartCounts] = {};
   std::uint64_t totalEntries = 0;
