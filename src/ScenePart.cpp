@@ -10,7 +10,9 @@ namespace Dov {
 
 PartGroup::~PartGroup() = default;
 
-Scene_V2Part::Scene_V2Part(const char* title, PartGroup* group) : Scene_V2(title), group(group) {}
+Scene_V2Part::Scene_V2Part(const char* title, PartGroup* group) : Scene_V2(title), group(group) {
+  manager->markAsPart();
+}
 
 Scene_V2Part::~Scene_V2Part() { delete group; }
 

@@ -1,7 +1,9 @@
 #include "Mpi/MpiGroup.h"
 
 #include <algorithm>
+#include <chrono>
 #include <climits>
+#include <thread>
 
 #include <DovWriter/Exception.h>
 
@@ -12,6 +14,17 @@ namespace {
 
 // MPI counts are ints: larger messages go in pieces.
 const std::uint64_t LargestPiece = INT_MAX;
+
+// Waits for `request` without holding a processor. The ranks of a machine
+// share its cores with their compressing threads; a rank that waits for a
+// slower one would otherwise spin on a core that the slower one needs.
+void WaitAsleep(MPI_Request& request) {
+  for (int done = 0;;) {
+    MPI_Test(&request, &done, MPI_STATUS_IGNORE);
+    if (done) return;
+    std::this_thread::sleep_for(std::chrono::microseconds(200));
+  }
+}
 
 int PieceCount(std::uint64_t left) { return static_cast<int>(std::min(left, LargestPiece)); }
 
@@ -54,14 +67,18 @@ MpiGroup::~MpiGroup() {
 
 void MpiGroup::sumOverLower(std::uint64_t* values, int count) {
   const std::vector<std::uint64_t> own(values, values + count);
-  MPI_Exscan(own.data(), values, count, MPI_UINT64_T, MPI_SUM, comm);
+  MPI_Request request;
+  MPI_Iexscan(own.data(), values, count, MPI_UINT64_T, MPI_SUM, comm, &request);
+  WaitAsleep(request);
   // MPI leaves rank 0's result undefined.
   if (myRank == 0) std::fill(values, values + count, 0);
 }
 
 std::vector<std::uint64_t> MpiGroup::gatherAll(const std::uint64_t* values, int count) {
   std::vector<std::uint64_t> all(static_cast<std::size_t>(count) * ranks);
-  MPI_Allgather(values, count, MPI_UINT64_T, all.data(), count, MPI_UINT64_T, comm);
+  MPI_Request request;
+  MPI_Iallgather(values, count, MPI_UINT64_T, all.data(), count, MPI_UINT64_T, comm, &request);
+  WaitAsleep(request);
   return all;
 }
 
@@ -70,7 +87,9 @@ std::vector<unsigned char> MpiGroup::gatherAtFirst(const std::vector<unsigned ch
   // order, and no count or displacement has to fit an int.
   const std::uint64_t size = bytes.size();
   std::vector<std::uint64_t> sizes(myRank == 0 ? ranks : 0);
-  MPI_Gather(&size, 1, MPI_UINT64_T, sizes.data(), 1, MPI_UINT64_T, 0, comm);
+  MPI_Request request;
+  MPI_Igather(&size, 1, MPI_UINT64_T, sizes.data(), 1, MPI_UINT64_T, 0, comm, &request);
+  WaitAsleep(request);
   if (myRank != 0) {
     SendInPieces(bytes.data(), size, 0, comm);
     return std::vector<unsigned char>();
@@ -89,7 +108,9 @@ std::vector<unsigned char> MpiGroup::gatherAtFirst(const std::vector<unsigned ch
 
 void MpiGroup::broadcast(std::vector<unsigned char>& bytes, int from) {
   std::uint64_t size = bytes.size();
-  MPI_Bcast(&size, 1, MPI_UINT64_T, from, comm);
+  MPI_Request request;
+  MPI_Ibcast(&size, 1, MPI_UINT64_T, from, comm, &request);
+  WaitAsleep(request);
   bytes.resize(size);
   for (std::uint64_t done = 0; done < size; done += LargestPiece)
     MPI_Bcast(bytes.data() + done, PieceCount(size - done), MPI_BYTE, from, comm);

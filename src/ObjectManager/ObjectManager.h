@@ -184,6 +184,10 @@ class ObjectManager : public KelDov::Tree {
   // ---- One part of a file that several processes write (ScenePart.h) ------------
   void saveToAsPart(PartGroup& group, const char* path, bool overwrite);
   void closeFileAsPart(PartGroup& group, const char* path);
+  // A part scene is saved and closed only together with the other parts:
+  // through a base handle, `operation` would write a file of its own.
+  void markAsPart() { partOfGroup = true; }
+  void refusePartAlone(const char* operation) const;
 
   // ---- Options of the third interface version -------------------------------
   // How closeFile() writes; refused (code 19) once building has started.
@@ -308,6 +312,7 @@ class ObjectManager : public KelDov::Tree {
   std::map<std::uint64_t, KelDov::VariableRef> sharedDatasets;
   WriteOptions options;
   DiagnosticChannel diagnostics;
+  bool partOfGroup = false;
   // Set while a closeFile() with a handler runs (CloseProgress).
   ProgressMeter* progress = nullptr;
 };

@@ -357,6 +357,14 @@ void ObjectManager::saveToAsPart(PartGroup& group, const char* path, bool overwr
   }
 }
 
+void ObjectManager::refusePartAlone(const char* operation) const {
+  if (!partOfGroup) return;
+  const std::string text = std::string(operation) +
+                           " through a base handle of a part scene: its collective form "
+                           "(Scene_V2Part, Scene_V2Mpi) writes the file together with the others";
+  KEL_RAISE(16, text.c_str(), operation);
+}
+
 void ObjectManager::closeFileAsPart(PartGroup& group, const char* path) {
   // A closeFile that some ranks ignore and others take would leave them
   // waiting for each other.

@@ -236,6 +236,15 @@ TEST(MpiWrite, FailuresAreCollective) {
     EXPECT_EQ(failure.GetCode(), 16);
   }
 
+  // Through a base handle, saveTo would make a file of the rank's own.
+  Scene_V2& base = exact;
+  try {
+    base.saveTo(path.c_str(), nullptr, false, true);
+    ADD_FAILURE() << "a part scene saved alone";
+  } catch (const Kel::Util::Exception& failure) {
+    EXPECT_EQ(failure.GetCode(), 16);
+  }
+
   Scene_V2Mpi existing(MPI_COMM_WORLD, "existing");
   try {
     existing.saveTo(path.c_str(), nullptr, false, false);
