@@ -41,13 +41,13 @@ sanitizers() {
      ctest --output-on-failure --no-tests=error -j "$jobs" -LE no-sanitizer)
 }
 
-# The tests that run threads of the library's own (label `threads`), built
-# with ThreadSanitizer: only their two test programs are built.
+# Only the programs that hold threaded tests (label "threads") are built.
 threads() {
   cmake -S . -B build-tsan -DCMAKE_BUILD_TYPE=RelWithDebInfo -DDOVWRITER_TSAN=ON \
-        -DDOVWRITER_BUILD_TESTS=ON -DDOVWRITER_BUILD_EXAMPLES=OFF -DDOVWRITER_BUILD_TOOLS=OFF >/dev/null
-  cmake --build build-tsan -j "$jobs" --target test_kel_dov test_objectmanager
-  (cd build-tsan && TSAN_OPTIONS=halt_on_error=1 \
+        -DDOVWRITER_BUILD_TESTS=ON -DDOVWRITER_BUILD_EXAMPLES=OFF -DDOVWRITER_BUILD_TOOLS=OFF \
+        -DDOVWRITER_BUILD_PYTHON=OFF -DDOVWRITER_BUILD_FORTRAN=OFF >/dev/null
+  cmake --build build-tsan -j "$jobs" --target threads_tests
+  (cd build-tsan && TSAN_OPTIONS="halt_on_error=1 second_deadlock_stack=1" \
      ctest --output-on-failure --no-tests=error -j "$jobs" -L threads)
 }
 

@@ -1,5 +1,8 @@
 #include "ObjectManager/BuildSupport.h"
 
+#include <sstream>
+
+#include "Kel/Util/Raise.h"
 #include "Platform/Platform.h"
 
 namespace Kel {
@@ -70,6 +73,7 @@ CutFault findCutFault(ArrayView<std::uint32_t> cells, const CellTable& table,
       fault.sliceEnd = end;
       return fault;
     }
+    fault.nodes += table.length(cell);
   }
   return fault;
 }
@@ -85,11 +89,15 @@ void cutElementSet(ArrayView<std::uint32_t> cells, const CellTable& table,
                    ArrayView<std::uint32_t> connectivity, CutSet& cut) {
   cut.connectivity.clear();
   cut.polylength.clear();
+  const CutFault fault = findCutFault(cells, table, connectivity.size());
+  if (fault.found) {
+    std::ostringstream text;
+    text << "An element set lists cell " << fault.cell << ", which lies outside its mesh";
+    KEL_RAISE(18, text.str().c_str(), "Kel::Dov::ObjectManager::writeMesh");
+  }
   // Sized up front: grown piece by piece, a large set would be copied over
   // and over into fresh memory.
-  std::size_t nodes = 0;
-  for (const std::uint32_t cell : cells) nodes += table.length(cell);
-  Platform::ReserveForFilling(cut.connectivity, nodes);
+  Platform::ReserveForFilling(cut.connectivity, static_cast<std::size_t>(fault.nodes));
   Platform::ReserveForFilling(cut.polylength, cells.size());
   for (const std::uint32_t cell : cells) {
     const std::uint32_t length = table.length(cell);

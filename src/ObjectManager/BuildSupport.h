@@ -73,13 +73,15 @@ struct CutSet {
   std::vector<std::uint32_t> polylength;
 };
 
-// Why a cell of an element set cannot be cut out of its mesh.
+// Why a cell of an element set cannot be cut out of its mesh; without a
+// fault, how many node indices the cut holds.
 struct CutFault {
   bool found = false;
   std::uint64_t position = 0;  // in the set's list of cells
   std::uint32_t cell = 0;
   bool outsidePolylength = false;  // else: the slice runs past the connectivity
   std::uint64_t sliceEnd = 0;
+  std::uint64_t nodes = 0;
 };
 
 // Cells of `dimension` nodes each, as many as fit in `connectivity`.
@@ -122,7 +124,9 @@ CellTable cellTableOf(ArrayView<std::uint32_t> polylength, ArrayView<std::uint32
                       std::uint8_t dimension);
 CutFault findCutFault(ArrayView<std::uint32_t> cells, const CellTable& table,
                       std::uint64_t connectivityCount);
-// Only for sets that findCutFault() passed.
+// The set's cells cut out of the mesh. The check before the walk refuses
+// every set that findCutFault() faults; should one come here all the same,
+// it is refused (code 18) rather than read outside the arrays.
 CutSet cutElementSet(ArrayView<std::uint32_t> cells, const CellTable& table,
                      ArrayView<std::uint32_t> connectivity);
 // The same into `cut`, whose room is reused.
@@ -174,6 +178,14 @@ template <class T>
 const T* findProperty(const PropertyMap& properties, const std::string& key) {
   auto found = properties.find(key);
   return found == properties.end() ? nullptr : boost::any_cast<T>(&found->second);
+}
+
+// True if "Array" among `properties` holds T, copied or lent; `view` then
+// shows the values.
+template <class T>
+bool findArray(const PropertyMap& properties, ArrayView<T>& view) {
+  const auto found = properties.find("Array");
+  return found != properties.end() && viewOf(found->second, view);
 }
 
 // Entry `position` of a link list, or NoObject past its end.

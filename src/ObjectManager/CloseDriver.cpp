@@ -32,7 +32,16 @@ class ParallelWrite {
 
 void ObjectManager::saveTo(const char* path, bool overwrite) {
   bindPath(path);
-  explainingFailures("saveTo", overwrite, [&] { SetStreamFile(fileName, overwrite); });
+  const bool openBefore = file.stream != nullptr;
+  try {
+    explainingFailures("saveTo", overwrite, [&] { SetStreamFile(fileName, overwrite); });
+  } catch (...) {
+    // A stream that this call opened and could not write the head to is
+    // closed again, so that the scene is as before and a later saveTo to
+    // a good path works. A file opened by an earlier call stays open.
+    if (!openBefore) file.AbandonStream();
+    throw;
+  }
   fileState = FileState::Bound;
 }
 
@@ -67,7 +76,7 @@ void ObjectManager::closeFile(const std::string& path) {
   fileState = FileState::Building;
   const ParallelWrite parallel(*this);
   explainingFailures("closeFile", false, [&] {
-    writeObject(root);
+    buildTree();
     Save(file, std::string());
   });
   sharedDatasets.clear();
@@ -93,6 +102,20 @@ void ObjectManager::refuseCloseInState() const {
     KEL_RAISE(19, "closeFile without a root object: createDefaultViews has not been called",
               CloseFileMethod);
 }
+
+void ObjectManager::buildTree() {
+  // Builders of groups and shapes leave their components as steps on this
+  // stack instead of recursing: the depth of a scene costs heap, not stack.
+  buildSteps.clear();
+  writeObject(root);
+  while (!buildSteps.empty()) {
+    const std::function<void()> step = std::move(buildSteps.back());
+    buildSteps.pop_back();
+    step();
+  }
+}
+
+void ObjectManager::thenBuild(std::function<void()> step) { buildSteps.push_back(std::move(step)); }
 
 void ObjectManager::writeObject(std::uint64_t index) {
   switch (objects[index].type) {

@@ -35,16 +35,24 @@ void ObjectManager::writeGroup(std::uint64_t index) {
   const LinkList components = readLinks(index, "Components");
   const LinkList transformations = readLinks(index, "Transformations");
   bool holdsMesh = false;
-  for (std::size_t i = 0; i < components.size(); ++i) {
-    const std::uint64_t transformation = linkAt(transformations, i);
-    if (transformation != NoObject) addTransformationGroup(transformation);
-    if (objects[components[i]].type == MeshObject) holdsMesh = true;
-    writeObject(components[i]);
-    if (transformation != NoObject) MoveToParent();
-  }
-  MoveToParent();
+  for (const std::uint64_t component : components)
+    if (objects[component].type == MeshObject) holdsMesh = true;
+  const bool flagRoot = isRoot && components.size() >= 2 && holdsMesh;
 
-  if (isRoot && components.size() >= 2 && holdsMesh) group->rootFlag = 1;
+  // Steps run last pushed first: each component in order, under its
+  // transformation group if it has one, then the end of the group.
+  thenBuild([this, group, flagRoot] {
+    MoveToParent();
+    if (flagRoot) group->rootFlag = 1;
+  });
+  for (std::size_t i = components.size(); i-- > 0;) {
+    const std::uint64_t transformation = linkAt(transformations, i);
+    const std::uint64_t component = components[i];
+    if (transformation != NoObject) thenBuild([this] { MoveToParent(); });
+    thenBuild([this, component] { writeObject(component); });
+    if (transformation != NoObject)
+      thenBuild([this, transformation] { addTransformationGroup(transformation); });
+  }
 }
 
 void ObjectManager::addTransformationGroup(std::uint64_t transformation) {

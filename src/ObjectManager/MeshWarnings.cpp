@@ -39,10 +39,10 @@ std::uint64_t SceneWarnings::meshBytes(std::uint64_t index) {
 
   const std::uint8_t nodesPerCell =
       arrays.connectivityLink != NoObject ? dimension(arrays.connectivityLink) : 0;
-  const CellTable cells = cellTableOf(*arrays.polylength, *arrays.connectivity, nodesPerCell);
+  const CellTable cells = cellTableOf(arrays.polylength, arrays.connectivity, nodesPerCell);
   if (!cells.empty() || perValue.group != NoObject)
-    checkNodeIds(arrays.nodeIdsLink, *arrays.nodeIds, index);
-  checkNodesInRange(arrays.connectivityLink, *arrays.connectivity, arrays.coordinates->size() / 3,
+    checkNodeIds(arrays.nodeIdsLink, arrays.nodeIds, index);
+  checkNodesInRange(arrays.connectivityLink, arrays.connectivity, arrays.coordinates.size() / 3,
                     index, "");
   warnPerValue(index, arrays, perValue);
   if (cells.empty()) warnMeshWithoutCells(index, arrays, sets, perValue);
@@ -53,13 +53,13 @@ std::uint64_t SceneWarnings::meshBytes(std::uint64_t index) {
   };
   for (const std::uint64_t set : sets) {
     noteSet(set, index);
-    const std::vector<std::uint32_t>& setCells =
+    const ArrayView<std::uint32_t> setCells =
         arrayAs<std::uint32_t>(set, index, "the cells of an element set");
     if (!cells.empty()) {
       add(name(set) + ResultMark + "Connectivity", nodesOfCells(setCells, cells));
       add(name(set) + ResultMark + "Polylength", setCells.size());
-      if (!arrays.coordinates->empty()) add("Coordinates", arrays.coordinates->size());
-      if (!arrays.nodeIds->empty()) add("Node Ids", arrays.nodeIds->size());
+      if (!arrays.coordinates.empty()) add("Coordinates", arrays.coordinates.size());
+      if (!arrays.nodeIds.empty()) add("Node Ids", arrays.nodeIds.size());
     }
     if (perValue.group != NoObject) bytes += perValueBytes(set, arrays, perValue, written);
   }
@@ -93,8 +93,8 @@ void SceneWarnings::warnPerValue(std::uint64_t mesh, const MeshArrays& arrays,
     }
   }
   // The mesh object's own coordinates and node ids stand for every value.
-  for (const auto& own : {std::make_pair("Coordinates", !arrays.coordinates->empty()),
-                          std::make_pair("Node Ids", !arrays.nodeIds->empty())})
+  for (const auto& own : {std::make_pair("Coordinates", !arrays.coordinates.empty()),
+                          std::make_pair("Node Ids", !arrays.nodeIds.empty())})
     if (own.second && perValue.has(own.first))
       warn(WarningCode::UnusedData, mesh,
            describe(mesh) + " has " + own.first +
@@ -106,14 +106,13 @@ void SceneWarnings::warnPerValue(std::uint64_t mesh, const MeshArrays& arrays,
   const LinkList coordinates = links(perValue.group, resultKey("Coordinates"));
   for (std::uint64_t j = 0; j < perValue.values.size(); ++j) {
     const std::uint64_t connectivity = linkAt(connectivities, j);
-    const std::vector<std::uint32_t>* nodes =
-        connectivity != NoObject ? find<std::vector<std::uint32_t>>(connectivity, "Array")
-                                 : nullptr;
-    const std::vector<float>* points = arrays.coordinates;
-    if (points->empty() && linkAt(coordinates, j) != NoObject)
-      points = find<std::vector<float>>(linkAt(coordinates, j), "Array");
-    if (nodes != nullptr && points != nullptr)
-      checkNodesInRange(connectivity, *nodes, points->size() / 3, mesh, perValue.at(j));
+    ArrayView<std::uint32_t> nodes;
+    if (connectivity == NoObject || !findArray(connectivity, nodes)) continue;
+    ArrayView<float> points = arrays.coordinates;
+    if (points.empty() && linkAt(coordinates, j) != NoObject &&
+        !findArray(linkAt(coordinates, j), points))
+      continue;
+    checkNodesInRange(connectivity, nodes, points.size() / 3, mesh, perValue.at(j));
   }
 }
 
@@ -122,16 +121,16 @@ void SceneWarnings::warnMeshWithoutCells(std::uint64_t mesh, const MeshArrays& a
   // With a polylength per value the sets are cut per value instead.
   if (perValue.cells.empty()) {
     for (const std::uint64_t set : sets) {
-      const auto* listed = find<std::vector<std::uint32_t>>(set, "Array");
-      if (listed == nullptr || listed->empty()) continue;
+      ArrayView<std::uint32_t> listed;
+      if (!findArray(set, listed) || listed.empty()) continue;
       warn(WarningCode::CellOutsideMesh, set,
            describe(set) + ", an element set of " + describe(mesh) + ", lists " +
-               std::to_string(listed->size()) +
+               std::to_string(listed.size()) +
                " cells, but the mesh has no cells (no connectivity to cut them from): the set "
                "gets none of them");
     }
   }
-  if (perValue.values.empty() && (!arrays.coordinates->empty() || !arrays.nodeIds->empty()))
+  if (perValue.values.empty() && (!arrays.coordinates.empty() || !arrays.nodeIds.empty()))
     warn(WarningCode::UnusedData, mesh,
          describe(mesh) +
              " has no cells, so its element sets get no geometry: its coordinates "
@@ -161,7 +160,7 @@ std::uint64_t SceneWarnings::perValueBytes(std::uint64_t set, const MeshArrays& 
   if (!perValue.cells.empty()) {
     const LinkList cellLists = links(perValue.group, elementSetKey(name(set)));
     for (std::uint64_t j = 0; j < perValue.values.size(); ++j) {
-      const std::vector<std::uint32_t>& cells =
+      const ArrayView<std::uint32_t> cells =
           arrayAs<std::uint32_t>(linkAt(cellLists, j), set, "its cells" + perValue.at(j));
       cutCells.push_back(cells.size());
       cutNodes.push_back(nodesOfCells(cells, perValue.cells.at(j)));
@@ -182,9 +181,9 @@ std::uint64_t SceneWarnings::perValueBytes(std::uint64_t set, const MeshArrays& 
     }
   }
   // Every value has the mesh object's coordinates and node ids.
-  if (!perValue.values.empty() && !arrays.coordinates->empty())
-    add("Coordinates", arrays.coordinates->size());
-  if (!perValue.values.empty() && !arrays.nodeIds->empty()) add("Node Ids", arrays.nodeIds->size());
+  if (!perValue.values.empty() && !arrays.coordinates.empty())
+    add("Coordinates", arrays.coordinates.size());
+  if (!perValue.values.empty() && !arrays.nodeIds.empty()) add("Node Ids", arrays.nodeIds.size());
   return bytes;
 }
 

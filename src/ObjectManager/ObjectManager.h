@@ -12,6 +12,7 @@
 
 #include <boost/any.hpp>
 #include <cstdint>
+#include <functional>
 #include <map>
 #include <memory>
 #include <string>
@@ -94,6 +95,14 @@ class ObjectManager : public KelDov::Tree {
   // Copies count x "Dimension" elements (the dimension in force now).
   template <class T>
   void setValues(const Identifier& array, const T* values, std::uint64_t count);
+  // The checks that setValues and lendValues share, before anything is
+  // allocated or kept: the identifier, a product that would wrap or not fit
+  // in memory (std::length_error), a null pointer with elements to read
+  // (code 16, raised as from `method`). Returns the number of elements to
+  // take.
+  template <class T>
+  std::uint64_t acceptValues(const Identifier& array, const T* values, std::uint64_t count,
+                             const char* method);
   void setDimension(const Identifier& object, unsigned char dimension);
 
   // Appearance and transformations.
@@ -208,6 +217,9 @@ class ObjectManager : public KelDov::Tree {
   void explainIgnoredClose(const char* path);
 
   // ---- Tree construction ---------------------------------------------------
+  // Builds the node of one object under the current entry. Groups and shapes
+  // leave what follows (their components, their end) as steps for
+  // buildTree(), which runs them in order.
   void writeObject(std::uint64_t index);
   void writeGroup(std::uint64_t index);
   void writeShape(std::uint64_t index);
@@ -225,6 +237,11 @@ class ObjectManager : public KelDov::Tree {
   friend class PartClose;
 
   void refuseCloseInState() const;
+  // The walk from the root, as a loop over buildSteps.
+  void buildTree();
+  // Pushes a step; the last pushed runs first.
+  void thenBuild(std::function<void()> step);
+  std::vector<std::function<void()>> buildSteps;
   // The validation pass: raises code 18 for the first host error found in
   // the part of the table that the walk from `root` reaches.
   void checkSceneForClose() const;
@@ -253,14 +270,6 @@ class ObjectManager : public KelDov::Tree {
     GetCurrentNode().value = held;
     return held;
   }
-
-  // The checks of setValues and lendValues: the identifier, the elements
-  // that `count` items of the "Dimension" in force make (std::length_error
-  // where no array could hold them), and a null pointer for any of them
-  // (code 16). Returns the element count.
-  template <class T>
-  std::uint64_t arrayElements(const Identifier& array, const T* values, std::uint64_t count,
-                              const char* method);
 
   // Reads with the defaults of the builders; a value of another type counts
   // as absent.

@@ -167,7 +167,9 @@ class PartClose {
     parts = std::vector<unsigned char>();
     writeBlocks();
     Collectively(group, CloseFileMethod, [&] {
-      if (first) scene.FinishSave(shared, std::string());
+      if (first)
+        scene.explainingFailures("closeFile", false,
+                                 [&] { scene.FinishSave(shared, std::string()); });
     });
     scene.sharedDatasets.clear();
     scene.fileState = ObjectManager::FileState::Finished;
@@ -189,8 +191,10 @@ class PartClose {
     index.keepFinished = [&](const KelTmf::FinishedBlock& block) { keep(index, block); };
     scene.startParallelWrite();
     try {
-      scene.writeObject(scene.root);
-      index.FinishStream(KelDov::HeavyDataStream);
+      scene.explainingFailures("closeFile", false, [&] {
+        scene.buildTree();
+        index.FinishStream(KelDov::HeavyDataStream);
+      });
     } catch (...) {
       index.StopParallel();
       throw;

@@ -1,6 +1,7 @@
 // Text attributes, arrays and their width.
 
 #include <stdexcept>
+#include <string>
 #include <vector>
 
 #include "Kel/Util/Raise.h"
@@ -27,18 +28,21 @@ void ObjectManager::setDimension(const Identifier& object, unsigned char dimensi
 }
 
 template <class T>
-std::uint64_t ObjectManager::arrayElements(const Identifier& array, const T* values,
-                                           std::uint64_t count, const char* method) {
+std::uint64_t ObjectManager::acceptValues(const Identifier& array, const T* values,
+                                          std::uint64_t count, const char* method) {
   validate(array);
   // The width in force now decides how many elements are read; a later
   // setDimension does not reshape what is stored.
   const unsigned char* width = readProperty<unsigned char>(array.second, "Dimension", 1);
-  const std::uint64_t perItem = width != nullptr ? *width : 1;
-  // No array of more elements than a vector can hold fits in memory,
-  // whether copied or lent; a product that wraps would pass for a small one.
-  const std::uint64_t most = std::vector<T>().max_size();
-  if (perItem != 0 && count > most / perItem) throw std::length_error("vector<T> too long");
-  const std::uint64_t elements = count * perItem;
+  const std::uint64_t perTuple = width != nullptr ? *width : 1;
+  // Neither the element count nor its byte size may wrap: a wrapped product
+  // would read a few elements where the host meant more than memory holds.
+  // That holds whether the values are copied or lent.
+  const std::uint64_t maxElements = std::vector<T>().max_size();
+  if (perTuple != 0 && count > maxElements / perTuple)
+    throw std::length_error(std::string(method) +
+                            ": count x \"Dimension\" is more than an array can hold");
+  const std::uint64_t elements = count * perTuple;
   if (elements != 0 && values == nullptr)
     KEL_RAISE(16, "Null array pointer with a non-zero count", method);
   return elements;
@@ -47,7 +51,7 @@ std::uint64_t ObjectManager::arrayElements(const Identifier& array, const T* val
 template <class T>
 void ObjectManager::setValues(const Identifier& array, const T* values, std::uint64_t count) {
   const std::uint64_t elements =
-      arrayElements(array, values, count, "Kel::Dov::ObjectManager::setValues");
+      acceptValues(array, values, count, "Kel::Dov::ObjectManager::setValues");
   // One pass over the host's numbers, straight into the vector that the
   // property then takes over (moved, not copied again).
   std::vector<T> copy;
@@ -59,7 +63,7 @@ void ObjectManager::setValues(const Identifier& array, const T* values, std::uin
 template <class T>
 void ObjectManager::lendValues(const Identifier& array, const T* values, std::uint64_t count) {
   const std::uint64_t elements =
-      arrayElements(array, values, count, "Kel::Dov::ObjectManager::lendValues");
+      acceptValues(array, values, count, "Kel::Dov::ObjectManager::lendValues");
   // Only the place is kept: the host answers for the memory until the file
   // is finished or the scene is gone.
   storeProperty(array.second, "Array", ArrayView<T>(values, elements));

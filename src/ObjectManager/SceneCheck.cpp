@@ -1,10 +1,14 @@
 // The check that runs before closeFile() writes its first dataset. It walks
-// the same objects that the builders will reach, reads the same keys without
-// changing anything, and refuses (code 18) what the builders could only turn
-// into a wrong file or a crash. Incomplete objects that the builders skip in
-// silence are skipped here too. Since nothing has been written yet, the host
-// can mend the scene and call closeFile() again.
+// the same objects that the builders will reach, in the same order, reads
+// the same keys without changing anything, and refuses (code 18) what the
+// builders could only turn into a wrong file or a crash. Incomplete objects
+// that the builders skip in silence are skipped here too. Since nothing has
+// been written yet, the host can mend the scene and call closeFile() again.
+//
+// The walk keeps its own stack rather than recursing, so that a scene of any
+// depth is checked in bounded stack space, as the builders build it.
 
+#include <map>
 #include <set>
 #include <sstream>
 
@@ -30,11 +34,28 @@ class SceneCheck {
  public:
   explicit SceneCheck(const ObjectManager& scene) : scene(scene) {}
 
-  void checkObject(std::uint64_t index);
+  void checkFrom(std::uint64_t root);
 
  private:
-  void checkGroup(std::uint64_t index);
-  void checkShape(std::uint64_t index);
+  // One step of the walk: entering an object, or leaving it once all that
+  // its components hold has been checked.
+  struct Step {
+    std::uint64_t index;
+    bool leaving;
+    std::uint64_t renamesAtEntry;
+  };
+  void enter(std::uint64_t index);
+  void leave(const Step& step);
+  void enterGroup(std::uint64_t index);
+  void enterShape(std::uint64_t index);
+  // A shape gives its name to its component as it is built (the table keeps
+  // it). The check follows on a copy: a set's name picks the lists of cells
+  // it is cut by, and those must be the lists that were checked.
+  const std::string& nameOf(std::uint64_t index) const {
+    const auto found = renamed.find(index);
+    return found != renamed.end() ? found->second : scene.record(index).name;
+  }
+  void rename(std::uint64_t index, const std::string& name);
   void checkGeometry(std::uint64_t index);
   void checkMesh(std::uint64_t index);
   void checkInstanceValues(std::uint64_t mesh, const LinkList& sets);
@@ -69,9 +90,7 @@ class SceneCheck {
   // True if "Array" holds unsigned integers, copied or lent; `view` then
   // shows them.
   bool indicesOf(std::uint64_t index, ArrayView<std::uint32_t>& view) const {
-    const PropertyMap& properties = scene.record(index).properties;
-    const auto found = properties.find("Array");
-    return found != properties.end() && viewOf(found->second, view);
+    return findArray(scene.record(index).properties, view);
   }
   // Per-value cutting data must be unsigned integers: a polylength of
   // another type would silently cut every set to nothing.
@@ -99,36 +118,70 @@ class SceneCheck {
   }
 
   const ObjectManager& scene;
-  std::set<std::uint64_t> onPath;   // objects whose subtree is being checked
-  std::set<std::uint64_t> checked;  // objects found sound
+  std::vector<Step> pending;
+  std::set<std::uint64_t> onPath;  // objects whose subtree is being checked
+  std::map<std::uint64_t, std::string> renamed;
+  std::uint64_t renames = 0;  // names changed so far by the walk
+  // Objects found sound, with the count of renames then: while no name
+  // changes, a second visit would find the same.
+  std::map<std::uint64_t, std::uint64_t> soundAt;
 };
 
-void SceneCheck::checkObject(std::uint64_t index) {
+void SceneCheck::checkFrom(std::uint64_t root) {
+  enter(root);
+  while (!pending.empty()) {
+    const Step step = pending.back();
+    pending.pop_back();
+    if (step.leaving)
+      leave(step);
+    else
+      enter(step.index);
+  }
+}
+
+void SceneCheck::enter(std::uint64_t index) {
   const ObjectType type = scene.record(index).type;
   if (type != GeometryObject && type != ShapeObject && type != GroupObject && type != MeshObject)
     return;
-  if (checked.count(index) != 0) return;
+  const auto sound = soundAt.find(index);
+  if (sound != soundAt.end() && sound->second == renames) return;
   if (onPath.count(index) != 0)
     refuse(index, "the component links form a cycle through this object");
   onPath.insert(index);
+  pending.push_back(Step{index, true, renames});
   switch (type) {
-    case GroupObject: checkGroup(index); break;
-    case ShapeObject: checkShape(index); break;
+    case GroupObject: enterGroup(index); break;
+    case ShapeObject: enterShape(index); break;
     case GeometryObject: checkGeometry(index); break;
     default: checkMesh(index); break;
   }
-  onPath.erase(index);
-  checked.insert(index);
 }
 
-void SceneCheck::checkGroup(std::uint64_t index) {
-  for (const std::uint64_t component : links(index, "Components")) checkObject(component);
+void SceneCheck::leave(const Step& step) {
+  onPath.erase(step.index);
+  // A subtree that renamed something may check differently next time.
+  if (step.renamesAtEntry == renames) soundAt[step.index] = renames;
 }
 
-void SceneCheck::checkShape(std::uint64_t index) {
+void SceneCheck::enterGroup(std::uint64_t index) {
+  // Pushed last to first, so that the components are checked in order.
+  const LinkList components = links(index, "Components");
+  for (auto component = components.rbegin(); component != components.rend(); ++component)
+    pending.push_back(Step{*component, false, 0});
+}
+
+void SceneCheck::enterShape(std::uint64_t index) {
   // Only the first component is built; a second one ends the walk after it.
   const LinkList components = links(index, "Components");
-  if (!components.empty()) checkObject(components[0]);
+  if (components.empty()) return;
+  rename(components[0], nameOf(index));
+  pending.push_back(Step{components[0], false, 0});
+}
+
+void SceneCheck::rename(std::uint64_t index, const std::string& name) {
+  if (nameOf(index) == name) return;
+  renamed[index] = name;
+  ++renames;
 }
 
 void SceneCheck::checkGeometry(std::uint64_t index) {
@@ -237,7 +290,7 @@ void SceneCheck::checkValueCuts(const PerValue& data, const LinkList& sets,
   for (const ArrayView<std::uint32_t> polylength : polylengths)
     tables.push_back(CellTable::Listed(polylength));
   for (const std::uint64_t set : sets) {
-    const std::string setName = scene.record(set).name;
+    const std::string setName = nameOf(set);
     const LinkList cellLists = perValueList(data, elementSetKey(setName),
                                             "the per-value cells of element set \"" + setName + "\"");
     for (std::uint64_t j = 0; j < data.values.size(); ++j) {
@@ -254,7 +307,7 @@ void SceneCheck::checkValueCuts(const PerValue& data, const LinkList& sets,
 
 void ObjectManager::checkSceneForClose() const {
   SceneCheck check(*this);
-  check.checkObject(root);
+  check.checkFrom(root);
 }
 
 }  // namespace Dov

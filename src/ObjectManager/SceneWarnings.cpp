@@ -15,7 +15,7 @@ namespace {
 
 const char* elementTypeName(const boost::any& value) {
 #define DOVWRITER_NAME_IF_HELD(T) \
-  if (value.type() == typeid(std::vector<T>)) return #T;
+  if (value.type() == typeid(std::vector<T>) || value.type() == typeid(ArrayView<T>)) return #T;
   DOVWRITER_FOR_EACH_SHARED_ARRAY_TYPE(DOVWRITER_NAME_IF_HELD)
 #undef DOVWRITER_NAME_IF_HELD
   return "unknown";
@@ -58,7 +58,7 @@ std::uint64_t ObjectManager::warnBeforeClose() {
   return pass.run();
 }
 
-std::uint64_t nodesOfCells(const std::vector<std::uint32_t>& cells, const CellTable& table) {
+std::uint64_t nodesOfCells(ArrayView<std::uint32_t> cells, const CellTable& table) {
   std::uint64_t nodes = 0;
   for (const std::uint32_t cell : cells)
     if (cell < table.count()) nodes += table.length(cell);
@@ -156,8 +156,8 @@ void SceneWarnings::meetGeometry(std::uint64_t index) {
       warn(WarningCode::UnusedData, index,
            describe(index) + " has data per instance value on " + describe(group) +
                ", which only a mesh object reads: none of it reaches the file");
-    checkNodeIds(arrays.nodeIdsLink, *arrays.nodeIds, index);
-    checkNodesInRange(arrays.connectivityLink, *arrays.connectivity, arrays.coordinates->size() / 3,
+    checkNodeIds(arrays.nodeIdsLink, arrays.nodeIds, index);
+    checkNodesInRange(arrays.connectivityLink, arrays.connectivity, arrays.coordinates.size() / 3,
                       index, "");
   }
   countGeometry(arrays);
@@ -183,15 +183,15 @@ bool SceneWarnings::geometryIsBuilt(std::uint64_t index, bool first) {
 void SceneWarnings::countGeometry(const MeshArrays& arrays) {
   // As writeGeometry writes: each array object once in the scene, and a
   // polylength derived from the connectivity under the polylength's link.
-  std::uint64_t polylength = arrays.polylength->size();
-  if (polylength == 0 && !arrays.connectivity->empty()) {
+  std::uint64_t polylength = arrays.polylength.size();
+  if (polylength == 0 && !arrays.connectivity.empty()) {
     const std::uint8_t width = dimension(arrays.connectivityLink);
-    polylength = width != 0 ? arrays.connectivity->size() / width : 0;
+    polylength = width != 0 ? arrays.connectivity.size() / width : 0;
   }
-  countShared(arrays.connectivityLink, arrays.connectivity->size());
+  countShared(arrays.connectivityLink, arrays.connectivity.size());
   countShared(arrays.polylengthLink, polylength);
-  countShared(arrays.coordinatesLink, arrays.coordinates->size());
-  countShared(arrays.nodeIdsLink, arrays.nodeIds->size());
+  countShared(arrays.coordinatesLink, arrays.coordinates.size());
+  countShared(arrays.nodeIdsLink, arrays.nodeIds.size());
 }
 
 void SceneWarnings::countShared(std::uint64_t source, std::uint64_t values) {
@@ -230,37 +230,36 @@ SceneWarnings::MeshArrays SceneWarnings::readArrays(std::uint64_t index) {
                             std::make_pair(arrays.polylengthLink, "the polylength"),
                             std::make_pair(arrays.nodeIdsLink, "the node ids")})
     noteDataArray(bound.first, index, bound.second, false);
-  arrays.coordinates = &arrayAs<float>(arrays.coordinatesLink, index, "the coordinates");
-  arrays.connectivity = &arrayAs<std::uint32_t>(arrays.connectivityLink, index, "the connectivity");
-  arrays.polylength = &arrayAs<std::uint32_t>(arrays.polylengthLink, index, "the polylength");
-  arrays.nodeIds = &arrayAs<std::uint32_t>(arrays.nodeIdsLink, index, "the node ids");
+  arrays.coordinates = arrayAs<float>(arrays.coordinatesLink, index, "the coordinates");
+  arrays.connectivity = arrayAs<std::uint32_t>(arrays.connectivityLink, index, "the connectivity");
+  arrays.polylength = arrayAs<std::uint32_t>(arrays.polylengthLink, index, "the polylength");
+  arrays.nodeIds = arrayAs<std::uint32_t>(arrays.nodeIdsLink, index, "the node ids");
   return arrays;
 }
 
 template <class T>
-const std::vector<T>& SceneWarnings::arrayAs(std::uint64_t array, std::uint64_t owner,
-                                             const std::string& role) {
-  static const std::vector<T> none;
-  if (array == NoObject) return none;
+ArrayView<T> SceneWarnings::arrayAs(std::uint64_t array, std::uint64_t owner,
+                                    const std::string& role) {
+  ArrayView<T> values;
+  if (array == NoObject) return values;
   met.insert(array);
   const PropertyMap& properties = scene.record(array).properties;
   const auto found = properties.find("Array");
-  if (found == properties.end()) return none;
-  if (const std::vector<T>* values = boost::any_cast<std::vector<T>>(&found->second))
-    return *values;
+  if (found == properties.end() || viewOf(found->second, values)) return values;
   warn(WarningCode::ElementType, array,
        describe(array) + " holds " + elementTypeName(found->second) + " values as " + role +
            " of " + describe(owner) + ", which reads them only as " + readableAs<T>() +
            ": they read as absent and do not reach the file");
-  return none;
+  return values;
 }
 
 std::uint64_t SceneWarnings::perValueCount(std::uint64_t array, std::uint64_t mesh,
                                            const std::string& role) {
   if (array == NoObject) return 0;
-  if (const auto* floats = find<std::vector<float>>(array, "Array")) return floats->size();
-  if (const auto* indices = find<std::vector<std::uint32_t>>(array, "Array"))
-    return indices->size();
+  ArrayView<float> floats;
+  if (findArray(array, floats)) return floats.size();
+  ArrayView<std::uint32_t> indices;
+  if (findArray(array, indices)) return indices.size();
   // Neither: warned of, read as empty.
   return arrayAs<float>(array, mesh, role).size();
 }
@@ -288,7 +287,7 @@ void SceneWarnings::noteAttributes(std::uint64_t index, bool keeps) {
                   : "only the root group and the arrays of per-value data keep attributes"));
 }
 
-void SceneWarnings::checkNodeIds(std::uint64_t array, const std::vector<std::uint32_t>& ids,
+void SceneWarnings::checkNodeIds(std::uint64_t array, ArrayView<std::uint32_t> ids,
                                  std::uint64_t owner) {
   if (ids.empty() || !scannedIds.insert(array).second) return;
   std::uint64_t inexact = 0;
@@ -303,8 +302,7 @@ void SceneWarnings::checkNodeIds(std::uint64_t array, const std::vector<std::uin
            "rounded");
 }
 
-void SceneWarnings::checkNodesInRange(std::uint64_t array,
-                                      const std::vector<std::uint32_t>& connectivity,
+void SceneWarnings::checkNodesInRange(std::uint64_t array, ArrayView<std::uint32_t> connectivity,
                                       std::uint64_t nodes, std::uint64_t owner,
                                       const std::string& where) {
   // Without any coordinates there is no range to hold the nodes to.
@@ -337,10 +335,11 @@ std::uint8_t SceneWarnings::dimension(std::uint64_t index) const {
   return value != nullptr ? *value : 1;
 }
 
-template const std::vector<float>& SceneWarnings::arrayAs<float>(std::uint64_t, std::uint64_t,
-                                                                 const std::string&);
-template const std::vector<std::uint32_t>& SceneWarnings::arrayAs<std::uint32_t>(
-    std::uint64_t, std::uint64_t, const std::string&);
+template ArrayView<float> SceneWarnings::arrayAs<float>(std::uint64_t, std::uint64_t,
+                                                        const std::string&);
+template ArrayView<std::uint32_t> SceneWarnings::arrayAs<std::uint32_t>(std::uint64_t,
+                                                                        std::uint64_t,
+                                                                        const std::string&);
 
 }  // namespace Dov
 }  // namespace Kel

@@ -41,10 +41,10 @@ class SceneWarnings {
   // The four arrays of a geometry or mesh object, as the builders read them.
   struct MeshArrays {
     std::uint64_t coordinatesLink, connectivityLink, polylengthLink, nodeIdsLink;
-    const std::vector<float>* coordinates;
-    const std::vector<std::uint32_t>* connectivity;
-    const std::vector<std::uint32_t>* polylength;
-    const std::vector<std::uint32_t>* nodeIds;
+    ArrayView<float> coordinates;
+    ArrayView<std::uint32_t> connectivity;
+    ArrayView<std::uint32_t> polylength;
+    ArrayView<std::uint32_t> nodeIds;
   };
   // The instance group of a mesh object.
   struct PerValue {
@@ -85,19 +85,24 @@ class SceneWarnings {
 
   // Arrays and their checks.
   MeshArrays readArrays(std::uint64_t index);
-  // "Array" of `array`, where `role` reads only T: another element type is
-  // warned of and reads as empty, as it does for the builders.
+  // "Array" of `array`, copied or lent, where `role` reads only T: another
+  // element type is warned of and reads as empty, as it does for the
+  // builders.
   template <class T>
-  const std::vector<T>& arrayAs(std::uint64_t array, std::uint64_t owner, const std::string& role);
+  ArrayView<T> arrayAs(std::uint64_t array, std::uint64_t owner, const std::string& role);
+  // "Array" of `array` if it holds T, copied or lent; false otherwise.
+  template <class T>
+  bool findArray(std::uint64_t array, ArrayView<T>& view) const {
+    return Dov::findArray(scene.record(array).properties, view);
+  }
   // The values of per-value data: floats or unsigned integers.
   std::uint64_t perValueCount(std::uint64_t array, std::uint64_t mesh, const std::string& role);
   void noteDataArray(std::uint64_t array, std::uint64_t owner, const std::string& role,
                      bool keepsAttributes);
   // `keeps`: the node or variable made from the object keeps attributes.
   void noteAttributes(std::uint64_t index, bool keeps);
-  void checkNodeIds(std::uint64_t array, const std::vector<std::uint32_t>& ids,
-                    std::uint64_t owner);
-  void checkNodesInRange(std::uint64_t array, const std::vector<std::uint32_t>& connectivity,
+  void checkNodeIds(std::uint64_t array, ArrayView<std::uint32_t> ids, std::uint64_t owner);
+  void checkNodesInRange(std::uint64_t array, ArrayView<std::uint32_t> connectivity,
                          std::uint64_t nodes, std::uint64_t owner, const std::string& where);
 
   // A dataset that the builders share across the scene by array object.
@@ -132,7 +137,7 @@ class SceneWarnings {
 
 // The nodes of the cells `cells` lists; cells outside `table`, which the
 // check before closing refuses, count none.
-std::uint64_t nodesOfCells(const std::vector<std::uint32_t>& cells, const CellTable& table);
+std::uint64_t nodesOfCells(ArrayView<std::uint32_t> cells, const CellTable& table);
 
 }  // namespace Dov
 }  // namespace Kel

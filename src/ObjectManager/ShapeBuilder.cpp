@@ -26,20 +26,23 @@ void ObjectManager::writeShape(std::uint64_t index) {
   created->material.visible = readFlag(index, "Visibility", true) ? 1 : 0;
   KelDov::Shape* shape = addChildNode(std::move(created));
 
+  // Steps run last pushed first: the component, its material, the end.
+  thenBuild([this] { MoveToParent(); });
   const LinkList components = readLinks(index, "Components");
-  if (!components.empty()) {
-    const std::uint64_t component = components[0];
-    // The component's node carries the shape's name; the table keeps the
-    // new name, so later visits of the component carry it too.
-    objects[component].name = objects[index].name;
-    writeObject(component);
+  if (components.empty()) return;
+  const std::uint64_t component = components[0];
+  const bool moreThanOne = components.size() > 1;
+  thenBuild([this, shape, component, moreThanOne] {
     const std::uint64_t material = readLink(component, "Material");
     if (material != NoObject)
       copyRgb(readProperty<std::vector<float>>(material, "Diffusive", std::vector<float>()),
               shape->material.diffuse);
-    if (components.size() > 1) KEL_RAISE_CODE(13, "Kel::Dov::ObjectManager::writeShape");
-  }
-  MoveToParent();
+    if (moreThanOne) KEL_RAISE_CODE(13, "Kel::Dov::ObjectManager::writeShape");
+  });
+  // The component's node carries the shape's name; the table keeps the new
+  // name, so later visits of the component carry it too.
+  objects[component].name = objects[index].name;
+  thenBuild([this, component] { writeObject(component); });
 }
 
 void ObjectManager::applySetColours(std::uint64_t set, KelDov::Material& material) {

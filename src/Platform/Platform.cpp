@@ -148,8 +148,11 @@ std::string CTimeText(std::int64_t time) {
 }
 
 namespace {
-std::uint32_t randomState = 1;
-}
+// One state per thread, as the C runtime of some platforms keeps rand's:
+// scenes built on separate threads draw their colours without meeting,
+// and a single-threaded host sees one sequence shared by its scenes.
+thread_local std::uint32_t randomState = 1;
+}  // namespace
 
 void SeedRandom(std::uint32_t seed) { randomState = seed; }
 

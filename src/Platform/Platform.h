@@ -53,9 +53,10 @@ std::string LocalTimeText(const char* format, std::int64_t time);
 // `time` as ctime() gives it, with its trailing line feed.
 std::string CTimeText(std::int64_t time);
 
-// A process-wide random generator with the classic 15-bit linear
-// congruential rule, so that default colours are the same on every
-// platform: state = state * 214013 + 2531011, result = (state >> 16) & 0x7FFF.
+// A random generator with the classic 15-bit linear congruential rule, so
+// that default colours are the same on every platform: state = state *
+// 214013 + 2531011, result = (state >> 16) & 0x7FFF. Its state belongs to
+// the calling thread.
 void SeedRandom(std::uint32_t seed);
 int Random();
 const int RandomMax = 32767;

@@ -108,6 +108,11 @@ TEST(Diagnostics, EachWarningComesOnceWithItsCodeObjectAndWhatIsWrong) {
          const double nodes[] = {0, 0, 0, 1, 0, 0, 0, 1, 0};
          m.setValues<double>(m.boltNodes, nodes, 3);
          return m.boltNodes; }},
+      {"element type of a lent array", WarningCode::ElementType,
+       "holds double values as the coordinates", [](Model& m) {
+         static const double nodes[] = {0, 0, 0, 1, 0, 0, 0, 1, 0};
+         m.lendValues<double>(m.boltNodes, nodes, 3);
+         return m.boltNodes; }},
       {"skipped geometry", WarningCode::SkippedObject, "it has no coordinates",
        [](Model& m) {
          const Identifier lonely = makeObject(m, GeometryObject, "Lonely");
@@ -129,6 +134,11 @@ TEST(Diagnostics, EachWarningComesOnceWithItsCodeObjectAndWhatIsWrong) {
       {"node beyond the coordinates", WarningCode::NodeOutsideCoordinates,
        "names node 7, but the coordinates hold 4", [](Model& m) {
          m.setValues<unsigned int>(m.boltCells, Words{0, 1, 7}.data(), 1);
+         return m.boltCells; }},
+      {"lent node beyond the coordinates", WarningCode::NodeOutsideCoordinates,
+       "names node 9, but the coordinates hold 4", [](Model& m) {
+         static const std::uint32_t cells[] = {0, 9, 1};
+         m.lendValues<unsigned int>(m.boltCells, cells, 1);
          return m.boltCells; }},
       {"cells without a mesh", WarningCode::CellOutsideMesh, "the mesh has no cells",
        [](Model& m) {

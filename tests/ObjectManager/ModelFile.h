@@ -41,6 +41,18 @@ inline std::string freshPath(const std::string& suffix = "") {
   return path;
 }
 
+// The trace log of this test program. The first logTraceToFile of a
+// process decides the file, so the tests that read the log share one and
+// look at what their own writes add to it.
+inline const std::string& processTraceLog() {
+  static const std::string path = [] {
+    const std::string log = freshPath(".log");
+    Kel::Dov::logTraceToFile(log.c_str());
+    return log;
+  }();
+  return path;
+}
+
 inline std::vector<unsigned char> fileBytes(const std::string& path) {
   std::ifstream in(path, std::ios::binary);
   return std::vector<unsigned char>(std::istreambuf_iterator<char>(in),

@@ -34,6 +34,24 @@ TEST(Arrays, CountIsTuplesOfTheDimensionInForce) {
   EXPECT_EQ(std::vector<float>{1.0f}, floats(scene, array, "Array"));
 }
 
+TEST(Arrays, CountTimesDimensionThatWrapsIsTooLongForEveryWayIn) {
+  InspectableScene scene;
+  Scene_V2 lending;
+  const Identifier array = scene.createObject(ArrayObject);
+  const std::vector<double> numbers = {1, 2, 3, 4};
+  scene.setDimension(array, 2);
+  scene.setValues(array, numbers.data(), 2);
+  const std::uint64_t wraps = (1ull << 63) + 1;  // x 2 is 2 modulo 2^64
+  EXPECT_THROW(scene.setValues(array, numbers.data(), wraps), std::length_error);
+  const Identifier lent = lending.createObject(ArrayObject);
+  lending.setDimension(lent, 2);
+  EXPECT_THROW(lending.lendValues(lent, numbers.data(), wraps), std::length_error);
+  scene.setDimension(array, 255);
+  EXPECT_THROW(scene.setValues(array, numbers.data(), 0xFEFEFEFEFEFEFEFFull), std::length_error)
+      << "x 255 is 1 modulo 2^64";
+  EXPECT_EQ(scene.property<std::vector<double>>(array, "Array")->size(), 4u);
+}
+
 TEST(Arrays, EachElementTypeKeepsItsOwnVectorType) {
   InspectableScene scene;
   const Identifier array = scene.createObject(ArrayObject);

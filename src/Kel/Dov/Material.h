@@ -20,7 +20,7 @@ class Material : public Node {
   std::string Version() const override { return "0.3"; }
   virtual std::string RecordVersion() const { return "0.3"; }
 
-  // Three draws of the process-wide generator, each divided by 32767 in
+  // Three draws of the thread's generator, each divided by 32767 in
   // single precision, become red, green and blue; alpha becomes 1.
   void SetRandomDiffuse();
 

@@ -31,7 +31,7 @@ bool IsVibrationMode(const AttributeMap& attributes) {
 }  // namespace
 
 Tree::Tree() {
-  // Default colours are drawn from the process-wide generator; every new
+  // Default colours are drawn from the thread's generator; every new
   // scene starts the sequence again so that its colours are reproducible.
   Platform::SeedRandom(0);
 }

@@ -1,5 +1,7 @@
 #include "Kel/Log/Logger.h"
 
+#include <atomic>
+
 #include <DovWriter/Scene.h>
 
 #include "Kel/Log/Log.h"
@@ -9,7 +11,8 @@ namespace Kel {
 namespace Log {
 
 namespace {
-Logger* instance = nullptr;
+// Set once the first route exists; read without the lock on every log call.
+std::atomic<bool> routed(false);
 const char* const kDefaultName = "__Default__";
 const char* const kTraceFilterName = "trace log";
 const char* const kTracePublisherName = "log file";
@@ -34,13 +37,13 @@ void FilePublisher::Publish(const char* text) { stream << text; }
 void FilePublisher::Flush() { stream.flush(); }
 
 Logger& Logger::Instance() {
-  // Never destroyed: records may be published from destructors of static
-  // objects at process end.
-  if (instance == nullptr) instance = new Logger();
+  // Made once, whichever thread comes first; never destroyed: records may be
+  // published from destructors of static objects at process end.
+  static Logger* const instance = new Logger();
   return *instance;
 }
 
-bool Logger::HasRoutes() { return instance != nullptr && !instance->routes.empty(); }
+bool Logger::HasRoutes() { return routed.load(std::memory_order_acquire); }
 
 Logger::Logger() {
   AddFilter<LevelFilter<2000>>(kDefaultName);
@@ -48,6 +51,7 @@ Logger::Logger() {
 }
 
 void Logger::Publish(const LogRecord& record) {
+  std::lock_guard<std::recursive_mutex> hold(lock);
   for (const Route& route : routes) {
     if (!(*filters[route.filter])(record)) continue;
     std::string text = (*formatters[route.formatter])(record);
@@ -57,13 +61,16 @@ void Logger::Publish(const LogRecord& record) {
 }
 
 void Logger::AddPublisher(const std::string& name, Publisher* publisher) {
+  std::lock_guard<std::recursive_mutex> hold(lock);
   publisherNames[name] = publishers.size();
   publishers.emplace_back(publisher);
   routes.push_back(Route{publishers.size() - 1, filterNames[kDefaultName],
                          formatterNames[kDefaultName]});
+  routed.store(true, std::memory_order_release);
 }
 
 void Logger::SetFilter(const std::string& publisherName, const std::string& filterName) {
+  std::lock_guard<std::recursive_mutex> hold(lock);
   auto publisher = publisherNames.find(publisherName);
   auto filter = filterNames.find(filterName);
   if (publisher == publisherNames.end() || filter == filterNames.end()) return;
@@ -73,6 +80,8 @@ void Logger::SetFilter(const std::string& publisherName, const std::string& filt
 
 void TraceToFile(const char* path) {
   Logger& logger = Logger::Instance();
+  // Two threads asking at once get one publisher, as one thread asking twice.
+  std::lock_guard<std::recursive_mutex> hold(logger.Lock());
   logger.AddFilter<LevelFilter<1000>>(kTraceFilterName);
   if (!logger.HasPublisher(kTracePublisherName))
     logger.AddPublisher(kTracePublisherName, new FilePublisher(path));

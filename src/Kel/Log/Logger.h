@@ -11,6 +11,7 @@
 #include <fstream>
 #include <map>
 #include <memory>
+#include <mutex>
 #include <string>
 #include <vector>
 
@@ -65,6 +66,9 @@ class FilePublisher : public Publisher {
   std::ofstream stream;
 };
 
+// Separate scenes may log from separate threads: the logger is made once,
+// and every operation holds its lock, so that each record reaches each
+// publisher whole, one after the other.
 class Logger {
  public:
   // The process-wide logger, made by the first call.
@@ -77,22 +81,31 @@ class Logger {
 
   template <class F>
   void AddFilter(const std::string& name) {
+    std::lock_guard<std::recursive_mutex> hold(lock);
     if (filterNames.count(name) != 0) return;
     filterNames[name] = filters.size();
     filters.emplace_back(new F());
   }
   template <class F>
   void AddFormatter(const std::string& name) {
+    std::lock_guard<std::recursive_mutex> hold(lock);
     if (formatterNames.count(name) != 0) return;
     formatterNames[name] = formatters.size();
     formatters.emplace_back(new F());
   }
   void AddPublisher(const std::string& name, Publisher* publisher);
   void SetFilter(const std::string& publisherName, const std::string& filterName);
-  bool HasPublisher(const std::string& name) const { return publisherNames.count(name) != 0; }
+  bool HasPublisher(const std::string& name) const {
+    std::lock_guard<std::recursive_mutex> hold(lock);
+    return publisherNames.count(name) != 0;
+  }
+  // Held across steps that must not be interleaved with another thread's.
+  std::recursive_mutex& Lock() { return lock; }
 
  private:
   Logger();
+
+  mutable std::recursive_mutex lock;
 
   struct Route {
     std::uint64_t publisher;

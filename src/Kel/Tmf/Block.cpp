@@ -20,7 +20,6 @@ const std::string IndexBlockName("\vIndex Block ");
 namespace {
 
 const char* const PutMethod = "KelTmf::Block::Put";
-const std::uint64_t MaxBlockBytes = std::numeric_limits<std::uint32_t>::max();
 
 }  // namespace
 
@@ -42,7 +41,7 @@ void Block::SetPosition(const std::uint32_t& newPosition) {
 void Block::RequireRoom(std::uint64_t count) const {
   // Lengths and positions are 32-bit on disk and in memory; a value that
   // would carry the block to 4 GiB or beyond is refused rather than wrapped.
-  if (count > MaxBlockBytes - position)
+  if (count > MaxLength - position)
     KEL_RAISE(1, "Value too large: a block holds less than 4 GiB", PutMethod);
 }
 
@@ -90,7 +89,7 @@ void Block::Put(const std::string& value) {
 
 void Block::PutCount(std::uint64_t count, std::uint64_t minimumElementSize) {
   // Checked up front so that the count in front of a list cannot wrap.
-  if (count > MaxBlockBytes) RequireRoom(count);
+  if (count > MaxLength) RequireRoom(count);
   RequireRoom(4 + count * minimumElementSize);
   Put(static_cast<std::uint32_t>(count));
 }

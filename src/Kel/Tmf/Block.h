@@ -21,6 +21,8 @@ extern const std::string IndexBlockName;  // "\vIndex Block "
 struct Block {
   // Buffers grow linearly by this step (or by one large item).
   static constexpr std::uint64_t GrowthStep = 0xA00000;
+  // The most bytes a block holds: its length and position are 32-bit.
+  static constexpr std::uint64_t MaxLength = 0xFFFFFFFF;
 
   unsigned char* data = nullptr;  // owned by whoever holds the block; realloc/free
   std::uint64_t capacity = 0;

@@ -17,6 +17,21 @@ bool BeginsWith(const std::string& name, const std::string& prefix) {
   return name.compare(0, prefix.size(), prefix) == 0;
 }
 
+// Bytes of a value in its stored encoding (a u32 count or length in front
+// of a text or list).
+std::uint64_t StoredSize(const std::string& text) { return 4 + std::uint64_t(text.size()); }
+
+std::uint64_t StoredSize(const std::vector<std::string>& texts) {
+  std::uint64_t size = 4;
+  for (const std::string& text : texts) size += StoredSize(text);
+  return size;
+}
+
+template <class T>
+std::uint64_t StoredSize(const std::vector<T>& values) {
+  return 4 + std::uint64_t(values.size()) * sizeof(T);
+}
+
 }  // namespace
 
 Index::Index() = default;
@@ -112,24 +127,31 @@ BlockSizeLimiter& Index::GetBlockSizeLimiter(const std::string& name) {
   return found->second;
 }
 
-std::uint64_t Index::SelectBlock(const std::string& name) {
+std::uint64_t Index::SelectBlock(const std::string& name, std::uint64_t putBytes) {
   auto found = limiters.find(name);
   if (found != limiters.end() && !found->second.blocks.empty()) {
     const std::uint64_t last = found->second.blocks.back();
+    const Block& block = blocks[last];
     // The limit is tested before the put: a put never splits, and a block
-    // may end up larger than the limit by its last put.
-    if (!records[last].frozen && blocks[last].length < found->second.limit) return last;
+    // may end up larger than the limit by its last put, but never larger
+    // than its 32-bit lengths can tell.
+    if (!records[last].frozen && block.length < found->second.limit &&
+        putBytes <= blockCapacity - std::min<std::uint64_t>(block.position, blockCapacity))
+      return last;
   }
   return AddBlock(name);
 }
 
-std::uint64_t Index::SelectOpenBlock(const std::string& name, std::int32_t code,
-                                     const char* description, bool compressedPut) {
+std::uint64_t Index::SelectOpenBlock(const std::string& name, std::uint64_t putBytes,
+                                     std::int32_t code, const char* description,
+                                     bool compressedPut) {
   // The reserved names mark the container's own blocks; a stream under
   // such a name would be taken for one of them by every reader.
   if (IsEmptyBlockName(name) || IsIndexBlockName(name))
     KEL_RAISE(16, "Reserved block name used for a stream", PutMethod);
-  const std::uint64_t number = SelectBlock(name);
+  if (putBytes > blockCapacity)
+    KEL_RAISE(1, "Value too large: a block holds less than 4 GiB", PutMethod);
+  const std::uint64_t number = SelectBlock(name, putBytes);
   // A block without the freeze flag is not marked when it is written at the
   // end, but its bytes are gone all the same.
   const bool deflatingHere = IsDeflating(number);
@@ -139,33 +161,39 @@ std::uint64_t Index::SelectOpenBlock(const std::string& name, std::int32_t code,
   return number;
 }
 
-Block& Index::BlockForTypedPut(const std::string& name) {
-  return blocks[SelectOpenBlock(name, 16, "Attempt to write into a frozen block")];
+Block& Index::BlockForTypedPut(const std::string& name, std::uint64_t putBytes) {
+  return blocks[SelectOpenBlock(name, putBytes, 16, "Attempt to write into a frozen block")];
 }
 
 void Index::Put(const std::string& name, const void* data, std::uint64_t byteCount) {
-  blocks[SelectOpenBlock(name, 5, "Element Not Found")].PutRaw(data, byteCount);
+  blocks[SelectOpenBlock(name, byteCount, 5, "Element Not Found")].PutRaw(data, byteCount);
 }
 
-void Index::Put(const std::string& name, bool value) { BlockForTypedPut(name).Put(value); }
-void Index::Put(const std::string& name, std::uint8_t value) { BlockForTypedPut(name).Put(value); }
-void Index::Put(const std::string& name, std::uint32_t value) { BlockForTypedPut(name).Put(value); }
-void Index::Put(const std::string& name, std::uint64_t value) { BlockForTypedPut(name).Put(value); }
-void Index::Put(const std::string& name, float value) { BlockForTypedPut(name).Put(value); }
+void Index::Put(const std::string& name, bool value) { BlockForTypedPut(name, 1).Put(value); }
+void Index::Put(const std::string& name, std::uint8_t value) {
+  BlockForTypedPut(name, 1).Put(value);
+}
+void Index::Put(const std::string& name, std::uint32_t value) {
+  BlockForTypedPut(name, 4).Put(value);
+}
+void Index::Put(const std::string& name, std::uint64_t value) {
+  BlockForTypedPut(name, 8).Put(value);
+}
+void Index::Put(const std::string& name, float value) { BlockForTypedPut(name, 4).Put(value); }
 void Index::Put(const std::string& name, const std::string& value) {
-  BlockForTypedPut(name).Put(value);
+  BlockForTypedPut(name, StoredSize(value)).Put(value);
 }
 void Index::Put(const std::string& name, const std::vector<std::string>& values) {
-  BlockForTypedPut(name).Put(values);
+  BlockForTypedPut(name, StoredSize(values)).Put(values);
 }
 void Index::Put(const std::string& name, const std::vector<std::uint8_t>& values) {
-  BlockForTypedPut(name).Put(values);
+  BlockForTypedPut(name, StoredSize(values)).Put(values);
 }
 void Index::Put(const std::string& name, const std::vector<std::uint32_t>& values) {
-  BlockForTypedPut(name).Put(values);
+  BlockForTypedPut(name, StoredSize(values)).Put(values);
 }
 void Index::Put(const std::string& name, const std::vector<std::uint64_t>& values) {
-  BlockForTypedPut(name).Put(values);
+  BlockForTypedPut(name, StoredSize(values)).Put(values);
 }
 
 std::uint64_t Index::GetStreamLength(const std::string& name) {

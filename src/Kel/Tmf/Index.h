@@ -64,11 +64,14 @@ class Index {
   static bool IsEmptyBlockName(const std::string& name);
   static bool IsIndexBlockName(const std::string& name);
   BlockSizeLimiter& GetBlockSizeLimiter(const std::string& name);
-  std::uint64_t SelectBlock(const std::string& name);
+  // The block that a put of `putBytes` goes into: the stream's last one if
+  // it is open, below its limit and able to hold the put, else a new one.
+  std::uint64_t SelectBlock(const std::string& name, std::uint64_t putBytes = 0);
 
   // Every put refuses a stream name that begins like one of the two
-  // reserved block names (code 16), and a value that would carry a block to
-  // 4 GiB (code 1).
+  // reserved block names (code 16), and a value larger than a block can
+  // hold (code 1). A value that would carry the last block past that goes
+  // into a new block instead.
   // raw(n) into the stream.
   void Put(const std::string& name, const void* data, std::uint64_t byteCount);
   // Typed puts; each value lies whole in one block.
@@ -92,7 +95,7 @@ class Index {
   // index may add blocks and move the one it holds.
   template <class Encode>
   void PutRecord(const std::string& name, Encode&& encode) {
-    Block& block = BlockForTypedPut(name);
+    Block& block = BlockForTypedPut(name, 0);
     encode(block);
   }
 
@@ -158,6 +161,9 @@ class Index {
   // Sets the size at which a stream's next put starts a new block. The
   // library itself keeps DefaultBlockLimit; tests and tuning use smaller.
   void SetBlockLimit(const std::string& name, std::uint32_t limit);
+  // What one block can hold, for every stream: Block::MaxLength, which
+  // tests make small instead of putting gigabytes.
+  std::uint64_t blockCapacity = Block::MaxLength;
 
   void WriteBufferToFileStream(std::uint64_t number, std::FILE* stream);
   void WriteIndexBufferToFileStream(std::uint64_t number, std::FILE* stream);
@@ -178,11 +184,11 @@ class Index {
   std::uint64_t indexSize = 0;
 
  private:
-  Block& BlockForTypedPut(const std::string& name);
-  // SelectBlock for a put, failing with `code` and `description` if the
-  // block can take no more bytes. A block being compressed into the file
-  // takes only compressed puts.
-  std::uint64_t SelectOpenBlock(const std::string& name, std::int32_t code,
+  Block& BlockForTypedPut(const std::string& name, std::uint64_t putBytes);
+  // SelectBlock for a put of `putBytes`, failing with `code` and
+  // `description` if the block can take no more bytes. A block being
+  // compressed into the file takes only compressed puts.
+  std::uint64_t SelectOpenBlock(const std::string& name, std::uint64_t putBytes, std::int32_t code,
                                 const char* description, bool compressedPut = false);
   // Where a compressed put is encoded: into its block, or into the staging
   // buffer, from which it goes on to zlib.

@@ -85,12 +85,14 @@ void Index::PutAcrossBlocks(const std::string& name, std::FILE* stream, std::uin
                             const RangeEncoder& encode) {
   std::uint64_t done = 0;
   do {
+    // A piece never exceeds one block of this stream, far below 4 GiB.
+    const std::uint64_t most = std::min<std::uint64_t>(byteCount - done, evenBlockBytes);
     const std::uint64_t number =
-        SelectOpenBlock(name, 16, "Attempt to write into a frozen block", true);
+        SelectOpenBlock(name, most, 16, "Attempt to write into a frozen block", true);
     Block& block = blocks[number];
     if (parallel != nullptr) ProvideBuffer(number, evenBlockBytes);
-    const std::uint64_t piece =
-        std::min<std::uint64_t>(byteCount - done, evenBlockBytes - std::min(evenBlockBytes, block.length));
+    const std::uint64_t room = evenBlockBytes - std::min(evenBlockBytes, block.length);
+    const std::uint64_t piece = std::min<std::uint64_t>(byteCount - done, room);
     encode(block.Extend(piece), done, done + piece);
     done += piece;
     if (block.length >= evenBlockBytes) {

@@ -62,7 +62,7 @@ void Index::StartDeflating(std::uint64_t number, std::uint64_t position, std::FI
 Index::CompressedPut Index::BeginCompressedPut(const std::string& name, std::FILE* stream,
                                                std::uint64_t byteCount) {
   const std::uint64_t number =
-      SelectOpenBlock(name, 16, "Attempt to write into a frozen block", true);
+      SelectOpenBlock(name, byteCount, 16, "Attempt to write into a frozen block", true);
   Block& block = blocks[number];
   if (parallel != nullptr) ProvideBuffer(number, GetBlockSizeLimiter(name).limit);
   if (!IsDeflating(number) && CanDeflateWhilePutting(number, stream))

@@ -19,6 +19,11 @@ void TmFile::CloseFile() {
   KEL_LOG(1000, "KelTmf::TmFile::CloseFile", "File closed.");
 }
 
+void TmFile::AbandonStream() {
+  if (stream != nullptr) std::fclose(stream);
+  stream = nullptr;
+}
+
 void TmFile::OpenFileForWriting(const std::string& path, bool overwrite) {
   if (!overwrite && Platform::FileExists(path.c_str()))
     KEL_RAISE(10, "File exists", "KelTmf::TmFile::OpenFileForWriting");

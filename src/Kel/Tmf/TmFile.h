@@ -22,6 +22,9 @@ class TmFile {
   TmFile() = default;
   virtual ~TmFile();
   virtual void CloseFile();
+  // Closes the stream after a failure, without the records of a regular
+  // close, and whatever fclose says: the file is given up.
+  void AbandonStream();
 
   TmFile(const TmFile&) = delete;
   TmFile& operator=(const TmFile&) = delete;

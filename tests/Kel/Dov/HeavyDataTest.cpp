@@ -4,9 +4,11 @@
 
 #include <DovWriter/Scene.h>
 
+#include <algorithm>
 #include <cmath>
 #include <fstream>
 #include <iterator>
+#include <thread>
 
 #include "Kel/Dov/Tree.h"
 #include "StreamBytes.h"
@@ -47,9 +49,15 @@ struct HeavyMode {
   std::uint32_t blockBytes = 0;
 };
 
+// Where the blocks of "Heavy Data" that the index reports as written lie,
+// in the order reported; a report from another thread than the writer's
+// counts as none.
+using Reported = std::vector<std::uint64_t>;
+
 // Writes datasets of a smooth field of widths 0, 1, 3, 6 and 8 under a
 // small block limit, in the given mode.
-void WriteHeavyBlocks(const std::string& path, const HeavyMode& mode) {
+void WriteHeavyBlocks(const std::string& path, const HeavyMode& mode,
+                      Reported* reported = nullptr) {
   KelDov::Tree tree;
   tree.PinCreationTime(1700000000);
   tree.SetStreamFile(path, true);
@@ -62,6 +70,12 @@ void WriteHeavyBlocks(const std::string& path, const HeavyMode& mode) {
     index.StartParallel(mode.threads, coding, tree.GetFile().stream);
   }
   if (mode.blockBytes != 0) index.CutEvenly("Heavy Data", mode.blockBytes);
+  const std::thread::id writer = std::this_thread::get_id();
+  if (reported != nullptr)
+    index.blockWritten = [=](const KelTmf::BlockRecord& record, std::uint32_t) {
+      if (record.name == "Heavy Data" && std::this_thread::get_id() == writer)
+        reported->push_back(record.position);
+    };
   // Among them an empty dataset, and one larger than the limit that starts
   // a block of its own: that block is not flagged for early writing, so it
   // is still open when the next dataset needs the next block. Then two
@@ -77,12 +91,24 @@ void WriteHeavyBlocks(const std::string& path, const HeavyMode& mode) {
   tree.Save(tree.GetFile(), "");
 }
 
-// The file of each mode in `modes`, all dated alike.
+// The places of the blocks of "Heavy Data" in the file, in file order.
+Reported HeavyBlocksOf(const DovReader::Container& file) {
+  Reported positions;
+  for (const DovReader::BlockInfo& block : file.Blocks())
+    if (block.name == "Heavy Data") positions.push_back(block.position);
+  std::sort(positions.begin(), positions.end());
+  return positions;
+}
+
+// The file of each mode in `modes`, all dated alike. Every heavy block is
+// reported once as written, on the writer's thread, in file order.
 std::vector<std::string> WriteModes(const std::string& name, const std::vector<HeavyMode>& modes) {
   std::vector<std::string> paths;
   for (std::size_t m = 0; m < modes.size(); ++m) {
     paths.push_back(TempPath(name + "-" + std::to_string(m) + ".dov"));
-    WriteHeavyBlocks(paths[m], modes[m]);
+    Reported reported;
+    WriteHeavyBlocks(paths[m], modes[m], &reported);
+    EXPECT_EQ(HeavyBlocksOf(DovReader::Container::Open(paths[m])), reported) << "mode " << m;
   }
   return paths;
 }
@@ -101,7 +127,7 @@ TEST(HeavyDataTest, CompressingWhilePuttingWritesTheFileOfThePlainPath) {
   EXPECT_EQ(1, indexBlocks);
 }
 
-TEST(ThreadsHeavyData, ExactBlocksAreTheSequentialOnesAndFastOnesHoldTheSameStream) {
+TEST(HeavyDataThreads, ExactBlocksAreTheSequentialOnesAndFastOnesHoldTheSameStream) {
   const std::vector<std::string> paths =
       WriteModes("heavy-threads", {HeavyMode(), HeavyMode{true, 2}, HeavyMode{true, 4}});
   for (std::size_t m = 1; m < paths.size(); ++m)
@@ -112,8 +138,10 @@ TEST(ThreadsHeavyData, ExactBlocksAreTheSequentialOnesAndFastOnesHoldTheSameStre
   const DovReader::Container exact = DovReader::Container::Open(paths[0]);
   for (const HeavyMode& mode : {HeavyMode{true, 1, true, 4096}, HeavyMode{true, 3, true, 5003}}) {
     const std::string path = TempPath("heavy-fast.dov");
-    WriteHeavyBlocks(path, mode);
+    Reported reported;
+    WriteHeavyBlocks(path, mode, &reported);
     const DovReader::Container fast = DovReader::Container::Open(path);
+    EXPECT_EQ(HeavyBlocksOf(fast), reported);
     EXPECT_EQ(std::vector<std::string>(), fast.Verify());
     EXPECT_TRUE(fast.ReadStream("Heavy Data") == exact.ReadStream("Heavy Data"));
     std::size_t heavyBlocks = 0;

@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 #include "Kel/Tmf/BlockPlaces.h"
 #include "Kel/Tmf/Index.h"
 #include "TmfTestSupport.h"
@@ -88,6 +90,26 @@ TEST(IndexPuts, RecordPutsStayInOneBlockAndWrittenBlocksTakeNoMore) {
   TmfTest::ExpectFailure([&] { index.Put("S", &byte, 1); }, 5, "Element Not Found");
   TmfTest::ExpectFailure([&] { index.Put(KelTmf::IndexBlockName + "x", std::uint8_t(0)); }, 16,
                          "Reserved block name used for a stream");
+}
+
+TEST(IndexPuts, APutThatWouldCarryABlockPastWhatItCanHoldStartsANewOne) {
+  Index index;
+  index.blockCapacity = 100;  // stands for the 4 GiB that 32-bit lengths hold
+  const TmfTest::Bytes raw = TmfTest::Pattern(50, 3);
+  index.Put("S", std::string(60, 'a'));  // 64 bytes
+  index.Put("S", raw.data(), raw.size());
+  index.PutCompressed("S", nullptr, 40,
+                      [](unsigned char* out, std::uint64_t begin, std::uint64_t end) {
+                        std::fill(out, out + (end - begin), 7);
+                      });
+  index.Put("S", std::vector<std::uint32_t>(24, 1));  // 100 bytes: fills a block exactly
+  EXPECT_EQ(index.GetBlockSizeLimiter("S").blocks, (Numbers{0, 1, 2}));
+  EXPECT_EQ(index.blocks[1].length, 90u);
+  EXPECT_EQ(index.GetStreamLength("S"), 254u);
+  // Only a value larger than a whole block is refused, before any block is taken.
+  TmfTest::ExpectFailure([&] { index.Put("T", std::string(97, 'b')); }, 1,
+                         "Value too large: a block holds less than 4 GiB");
+  EXPECT_EQ(index.limiters.count("T"), 0u);
 }
 
 // Blocks written by others take the numbers and places of the position rule,
