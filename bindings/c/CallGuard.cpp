@@ -3,6 +3,7 @@
 
 #include "bindings/c/CallGuard.h"
 
+#include <DovWriter/Version.h>
 #include <cstdio>
 #include <new>
 #include <stdexcept>
@@ -70,3 +71,5 @@ int dov_last_error_code(void) { return DovC::lastError.code; }
 const char* dov_last_error_description(void) { return DovC::lastError.description; }
 
 const char* dov_last_error_message(void) { return DovC::lastError.message; }
+
+const char* dov_library_version(void) { return Kel::Dov::libraryVersion(); }

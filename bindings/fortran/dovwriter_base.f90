@@ -8,6 +8,7 @@ module dovwriter_base
 
   public :: dov_scene, dov_id, dov_write_options, dov_diagnostic_record
   public :: dov_last_error_code, dov_last_error_description, dov_last_error_message
+  public :: dov_library_version
   public :: dov_set_dimension
   ! For module dovwriter only.
   public :: check, fail, c_string, f_string, send_array, send_indices, c_array_function
@@ -75,6 +76,9 @@ module dovwriter_base
     type(c_ptr) function c_last_error_message() bind(c, name="dov_last_error_message")
       import :: c_ptr
     end function
+    type(c_ptr) function c_library_version() bind(c, name="dov_library_version")
+      import :: c_ptr
+    end function
     integer(c_size_t) function c_strlen(text) bind(c, name="strlen")
       import :: c_size_t, c_ptr
       type(c_ptr), value :: text
@@ -112,6 +116,12 @@ contains
     else
       text = f_string(c_last_error_description())
     end if
+  end function
+
+  ! "MAJOR.MINOR.PATCH" of the loaded library.
+  function dov_library_version() result(text)
+    character(len=:), allocatable :: text
+    text = f_string(c_library_version())
   end function
 
   ! The whole report, over several lines.

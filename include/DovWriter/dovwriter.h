@@ -125,6 +125,10 @@ DOVWRITER_API int dov_last_error_code(void);
 DOVWRITER_API const char* dov_last_error_description(void);
 DOVWRITER_API const char* dov_last_error_message(void);
 
+/* "MAJOR.MINOR.PATCH" of the loaded library, whatever version the host was
+ * compiled against. */
+DOVWRITER_API const char* dov_library_version(void);
+
 /* `version` 0, 1 or 2 chooses the interface: a function of a later version
  * than the scene's fails with DOV_ERROR_INVALID_METHOD. *scene is NULL
  * after a failure. dov_scene_free(NULL) does nothing. */

@@ -17,9 +17,17 @@ def plate(tmp_path_factory):
 
 
 def write_small_model(path):
+    """small_scene(path), closed. Returns what was given."""
+    s, given = small_scene(path)
+    s.close_file(path)
+    return given
+
+
+def small_scene(path):
     """A quad mesh of two cells in one element set, placed by a transformation
     (translated, turned a quarter about z, scaled by 2), with a temperature
-    and a displacement at two times. Returns what was given."""
+    and a displacement at two times, saved to `path` but not closed.
+    Returns the scene and what was given."""
     s = dw.Scene("small")
     root, mesh = s.create_object(dw.GroupObject), s.create_object(dw.MeshObject)
     s.set_name(root, "Root")
@@ -52,5 +60,4 @@ def write_small_model(path):
     s.add_component(root, mesh, place)
     s.create_default_views(root)
     s.save_to(path)
-    s.close_file(path)
-    return given
+    return s, given

@@ -45,7 +45,7 @@ TEST(Dovinspect, HelpAndUsageErrors) {
     EXPECT_EQ(help.status, 0) << command;
     EXPECT_TRUE(Contains(help.out, std::string("Usage: dovinspect ") + command)) << help.out;
   }
-  EXPECT_TRUE(Contains(Tool({"export", "--help"}).out, "8 hexahedron"));
+  EXPECT_TRUE(Contains(Tool({"export", "--help"}).out, "pyramid, wedge, hexahedron"));
 
   const std::string left = "Model/Plate/Left/Left";
   struct Case {
@@ -62,7 +62,7 @@ TEST(Dovinspect, HelpAndUsageErrors) {
       {{"dump", "f", "g", "v", "--limit=-1"}, 2, "--limit expects a non-negative number"},
       {{"dump", "f", "g", "v", "--limit"}, 2, "--limit needs a value"},
       {{"dump", "f", "g", "v", "--bogus"}, 2, "unknown option '--bogus'"},
-      {{"export", "f", "out", "--raw=1"}, 2, "--raw takes no value"},
+      {{"export", "f", "out", "--series=1"}, 2, "--series takes no value"},
       {{"export", ModelPath(), "out", "--cells=round"}, 2, "--cells expects"},
       {{"info", "/nonexistent/model.dov"}, 1, "dovinspect info: "},
       {{"vars", ModelPath(), "Model/Plate/Lft"}, 1, "'Model/Plate/Lft'; closest: Model/Plate/Left"},
@@ -230,59 +230,64 @@ TEST(Dovinspect, DeepTreesPrintInSpaceLinearInTheirEntries) {
   EXPECT_EQ(run({"dump", path, "#3002", "v"}), "0: 7\n");
 }
 
-// The default export (base64, surface cells) and one with solids, raw data
-// and a chosen collection name, both read back by VTK.
+// The default export (one file per piece, steps inside, cells by shape) and
+// a series with surface cells, both read back by VTK.
 TEST(Dovinspect, ExportOpensInVtk) {
   if (!ToolTest::HaveVtkPython()) GTEST_SKIP() << "no python3 vtk";
-  std::string out = ToolTest::ScratchDir("export") + "/vtk";
-  std::string solid = ToolTest::ScratchDir("export-solid");
+  const std::string out = ToolTest::ScratchDir("export") + "/vtk";
+  const std::string series = ToolTest::ScratchDir("export-series");
   ProcessResult run = Tool({"export", ModelPath(), out});
   ASSERT_EQ(run.status, 0) << run.err;
-  EXPECT_TRUE(run.err.empty() || Contains(run.err, "warning: ")) << run.err;
-  run = Tool({"export", ModelPath(), solid, "--cells=solid", "--raw", "--name", "solid.pvd"});
+  // Damage has a value per cell of the whole mesh; the piece holds each
+  // element set's cells.
+  EXPECT_TRUE(Contains(run.err, "warning: piece Model/Plate: result Damage at value '0.5'")) << run.err;
+  run = Tool({"export", ModelPath(), series, "--cells=surface", "--series", "--name", "s.pvd"});
   ASSERT_EQ(run.status, 0) << run.err;
 
-  const std::vector<std::string> paths = {
-      out + "/000_Left_t000.vtu", out + "/000_Left_t002.vtu", out + "/002_All_t001.vtu",
-      out + "/003_Bolt.vtu",      out + "/model.pvd",         solid + "/003_Bolt.vtu",
-      solid + "/001_Right_t001.vtu", solid + "/solid.pvd"};
+  const std::vector<std::string> paths = {out + "/000_Plate.vtu", out + "/001_Bolt.vtu",
+                                          series + "/000_Plate_t002.vtu", series + "/001_Bolt.vtu",
+                                          series + "/s.pvd"};
   auto files = ToolTest::ReadWithVtk(paths);
   ASSERT_EQ(files.size(), paths.size());
   auto numbers = [&](int file, const char* kind) { return ToolTest::Numbers(files[paths[file]][kind]); };
   using Values = std::vector<double>;
-  const Values plate(ToolTest::kPlateCoordinates.begin(), ToolTest::kPlateCoordinates.end());
-  const Values bolt(ToolTest::kBoltCoordinates.begin(), ToolTest::kBoltCoordinates.end());
 
-  ToolTest::VtkRecords& left = files[paths[0]];
-  EXPECT_EQ(left["counts"] + "|" + left["celltypes"] + "|" + left["cellnodes"], "6 1|9|0 1 4 3");
-  EXPECT_EQ(numbers(0, "coordinates"), plate);
+  ToolTest::VtkRecords& plate = files[paths[0]];
+  EXPECT_EQ(plate["steps"] + "|" + plate["counts"] + "|" + plate["celltypes"],
+            "3|6 6|9 5 5 9 5 5");
+  EXPECT_EQ(plate["cellnodes"], "0 1 4 3 1 2 5 1 5 4 0 1 4 3 1 2 5 1 5 4");
+  EXPECT_EQ(numbers(0, "celldata Element Set"), (Values{1, 0, 1, 1, 2, 2, 2}));
+  EXPECT_EQ(plate["fielddata Element Set Names"] + "|" + plate["fielddata Visibility"],
+            "Left|Right|All|1|0|1");
+  EXPECT_EQ(plate["fielddata Instance Values"], "0.5|1|2");
+  EXPECT_EQ(numbers(0, "coordinates"),
+            Values(ToolTest::kPlateCoordinates.begin(), ToolTest::kPlateCoordinates.end()));
   EXPECT_EQ(numbers(0, "pointdata Node Ids"), (Values{1, 101, 102, 103, 104, 105, 106}));
   EXPECT_EQ(numbers(0, "pointdata Temperature")[1 + 4], ToolTest::Temperature(0, 4));
-  EXPECT_EQ(numbers(0, "pointdata Displacement")[0], 3);  // components
-  EXPECT_EQ(left.count("celldata Damage"), 0u);  // 3 values fit neither 6 points nor 1 cell
-  EXPECT_EQ(numbers(1, "pointdata Temperature")[1 + 4], ToolTest::Temperature(2, 4));
+  EXPECT_EQ(numbers(0, "pointdata Temperature @2")[1 + 4], ToolTest::Temperature(2, 4));
+  EXPECT_EQ(numbers(0, "pointdata Displacement @1")[0], 3);  // components
+  EXPECT_EQ(plate.count("celldata Damage"), 0u);
 
-  EXPECT_EQ(files[paths[2]]["counts"] + "|" + files[paths[2]]["celltypes"], "6 3|9 5 5");
-  EXPECT_EQ(numbers(2, "celldata Damage"),
-            (Values{1, ToolTest::Damage(1, 0), ToolTest::Damage(1, 1), ToolTest::Damage(1, 2)}));
-  // 8 nodes: a polygon unless solid.
-  EXPECT_EQ(files[paths[3]]["counts"] + "|" + files[paths[3]]["celltypes"], "8 1|7");
+  // The bolt is a hexahedron by its shape, moved by (10, 0, 0).
+  Values placed(ToolTest::kBoltCoordinates.begin(), ToolTest::kBoltCoordinates.end());
+  for (std::size_t i = 0; i < placed.size(); i += 3) placed[i] += 10;
+  EXPECT_EQ(files[paths[1]]["celltypes"], "12");
+  EXPECT_EQ(numbers(1, "coordinates"), placed);
+  EXPECT_EQ(files[paths[1]]["fielddata Diffuse Color"].empty(), false);
+
+  EXPECT_EQ(files[paths[2]]["steps"] + "|" + files[paths[2]]["fielddata TimeValue"], "0|2");
+  EXPECT_EQ(numbers(2, "pointdata Temperature")[1 + 4], ToolTest::Temperature(2, 4));
+  EXPECT_EQ(files[paths[3]]["celltypes"], "7");  // a surface has no hexahedra
+  EXPECT_EQ(numbers(3, "coordinates"), placed);
 
   ToolTest::VtkRecords& pvd = files[paths[4]];
-  EXPECT_EQ(pvd["dataset 0"], "0.5 0 000_Left_t000.vtu");
-  EXPECT_EQ(pvd["dataset 3"], "0.5 3 003_Bolt.vtu");
-  EXPECT_EQ(pvd["dataset 11"], "2 3 003_Bolt.vtu");  // four parts at three times
-  EXPECT_EQ(pvd.count("dataset 12"), 0u);
-  for (int n = 0; n < 12; ++n) {
+  EXPECT_EQ(pvd["dataset 0"], "0.5 0 000_Plate_t000.vtu");
+  EXPECT_EQ(pvd["dataset 5"], "2 1 001_Bolt.vtu");  // two parts at three times
+  EXPECT_EQ(pvd.count("dataset 6"), 0u);
+  for (int n = 0; n < 6; ++n) {
     const std::string& set = pvd["dataset " + std::to_string(n)];
-    EXPECT_TRUE(std::filesystem::exists(out + "/" + set.substr(set.rfind(' ') + 1))) << set;
+    EXPECT_TRUE(std::filesystem::exists(series + "/" + set.substr(set.rfind(' ') + 1))) << set;
   }
-
-  EXPECT_EQ(files[paths[5]]["celltypes"], "12");
-  EXPECT_EQ(numbers(5, "coordinates"), bolt);
-  EXPECT_EQ(files[paths[6]]["cellnodes"], "1 2 5 1 5 4");
-  EXPECT_EQ(numbers(6, "pointdata Temperature")[1], ToolTest::Temperature(1, 0));
-  EXPECT_EQ(files[paths[7]]["dataset 11"], "2 3 003_Bolt.vtu");
 }
 
 }  // namespace

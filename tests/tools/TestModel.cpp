@@ -27,14 +27,6 @@ class SmallBlockScene : public Scene_V1 {
   }
 };
 
-template <class T>
-Identifier Array(Scene_V1& scene, const std::vector<T>& values, unsigned char width = 1) {
-  Identifier array = scene.createObject(ArrayObject);
-  scene.setDimension(array, width);
-  scene.setValues(array, values.data(), values.size() / width);
-  return array;
-}
-
 Identifier ElementSet(Scene_V1& scene, const char* name, const std::vector<unsigned>& cells) {
   Identifier set = Array(scene, cells);
   scene.setName(set, name);

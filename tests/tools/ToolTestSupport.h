@@ -14,6 +14,8 @@
 //   shape "Bolt", moved by (10, 0, 0): a geometry of one 8-node cell, which
 //   takes the shape's name.
 
+#include <DovWriter/DovWriter.h>
+
 #include <cstdint>
 #include <map>
 #include <string>
@@ -27,6 +29,16 @@ extern const std::vector<float> kPlateCoordinates;
 extern const std::vector<float> kBoltCoordinates;
 float Temperature(int time, int node);
 float Damage(int time, int cell);
+
+// An array object holding `values` in tuples of `width`.
+template <class T>
+Kel::Dov::Identifier Array(Kel::Dov::Scene_V1& scene, const std::vector<T>& values,
+                           unsigned char width = 1) {
+  Kel::Dov::Identifier array = scene.createObject(Kel::Dov::ArrayObject);
+  scene.setDimension(array, width);
+  scene.setValues(array, values.data(), values.size() / width);
+  return array;
+}
 
 // Writes the model to `path`. A `heavyBlockLimit` other than 0 cuts "Heavy
 // Data" into small blocks, so that the file needs an index block.

@@ -37,8 +37,8 @@ TEST(ValueNames, SplitsNameGroupAndValue) {
 TEST(ValueNames, NumericValuesBecomeTimesOtherwiseOrder) {
   TimeAxis numeric = TimeAxis::FromValues({"0.5", "1e1", "-2"});
   EXPECT_TRUE(numeric.numeric);
-  EXPECT_EQ(numeric.times, (std::vector<double>{0.5, 10, -2}));
-  EXPECT_EQ(numeric.IndexOf("1e1"), 1);
+  EXPECT_EQ(numeric.times, (std::vector<double>{-2, 0.5, 10}));  // ascending
+  EXPECT_EQ(numeric.IndexOf("1e1"), 2);
   EXPECT_EQ(numeric.IndexOf("10"), -1);
   for (auto values : {std::vector<std::string>{"load", "2"},
                       std::vector<std::string>{"1", "1.0"},  // the same time twice

@@ -1,166 +1,191 @@
 #include "Export.h"
 
-#include <Kel/Util/Coding.h>
-
 #include <algorithm>
-#include <cmath>
 #include <cstdio>
 #include <fstream>
+#include <map>
+#include <set>
 
 #include "Cli.h"
 #include "Failure.h"
 #include "Pvd.h"
+#include "ValueNames.h"
+#include "VtkXml.h"
 
 namespace DovInspect {
 
 namespace {
 
-// Everything one piece needs while its file is written.
-struct PieceContext {
-  const GeometryInfo& geometry;
-  ValueSource& source;
+using DovReader::FieldInfo;
+using DovReader::kNoStep;
+
+// Everything one file needs while it is written.
+struct FileContext {
+  DovReader::Model& model;
+  const DovReader::ModelPiece& piece;
   std::vector<std::string>& warnings;
-  std::string label;  // the geometry, and value, for messages
+  std::string label;  // the piece, and value, for messages
 };
 
-const VariableInfo& Variable(const PieceContext& context, int index) {
-  return context.geometry.variables.at(static_cast<std::size_t>(index));
-}
-
-std::vector<std::uint32_t> Read(const PieceContext& context, int index) {
-  if (index == kNone) return {};
-  return context.source.Words(context.geometry.entryId, static_cast<std::size_t>(index));
-}
-
-void EmitNodeIndices(ByteSink& sink, const std::vector<std::uint32_t>& nodes, std::uint64_t used) {
+void EmitNodeIndices(ByteSink& sink, const std::vector<std::uint32_t>& nodes) {
   std::vector<std::int64_t> chunk;
-  const std::uint64_t kChunk = 8192;
-  for (std::uint64_t start = 0; start < used; start += kChunk) {
-    std::uint64_t end = std::min(used, start + kChunk);
+  const std::size_t kChunk = 8192;
+  for (std::size_t start = 0; start < nodes.size(); start += kChunk) {
+    const std::size_t end = std::min(nodes.size(), start + kChunk);
     chunk.assign(nodes.begin() + static_cast<std::ptrdiff_t>(start),
                  nodes.begin() + static_cast<std::ptrdiff_t>(end));
     EmitInt64(sink, chunk.data(), chunk.size());
   }
 }
 
-// Node ids are stored as floats; VTK gets them back as integers.
-VtkArray NodeIdArray(const PieceContext& context, int index, std::uint64_t points) {
-  const VariableInfo& variable = Variable(context, index);
-  return {"Node Ids", VtkScalar::Int64, 1, points, [&context, index, variable](ByteSink& sink) {
-            std::vector<std::uint32_t> words = Read(context, index);
-            std::vector<std::int64_t> ids(words.size());
-            for (std::size_t i = 0; i < words.size(); ++i) {
-              ids[i] = variable.dataType == kFloatData
-                           ? std::llround(Kel::Util::BitsToFloat(words[i]))
-                           : static_cast<std::int64_t>(words[i]);
-            }
-            EmitInt64(sink, ids.data(), ids.size());
-          }};
-}
-
-VtkArray ResultArray(const PieceContext& context, int index, std::uint64_t tuples) {
-  const VariableInfo& variable = Variable(context, index);
-  VtkScalar type = variable.dataType == kFloatData ? VtkScalar::Float32 : VtkScalar::UInt32;
-  unsigned components = std::max<unsigned>(1, variable.width);
-  return {SplitValueName(variable.name).base, type, components, tuples,
-          [&context, index](ByteSink& sink) {
-            std::vector<std::uint32_t> words = Read(context, index);
+VtkArray ResultArray(DovReader::Model& model, const FieldInfo& field, int timeStep) {
+  VtkScalar type = field.isFloat ? VtkScalar::Float32 : VtkScalar::UInt32;
+  return {field.name, type, field.components, field.values / field.components,
+          [&model, field](ByteSink& sink) {
+            std::vector<std::uint32_t> words = model.Values(field.entryId, field.index);
             EmitUInt32(sink, words.data(), words.size());  // floats travel by their bits
-          }};
+          },
+          timeStep};
 }
 
 // Puts a result among the point or the cell data, by its number of tuples.
-void AddResult(const PieceContext& context, int index, VtuPiece& piece) {
-  const VariableInfo& variable = Variable(context, index);
-  std::string what = "variable " + Readable(variable.name) + " of " + context.label;
-  unsigned components = std::max<unsigned>(1, variable.width);
-  if (variable.dataType != kFloatData && variable.dataType != kUnsignedData) {
-    context.warnings.push_back(what + ": unknown element type, left out");
-    return;
+void AddResult(const FileContext& context, const FieldInfo& field, int timeStep, VtuPiece& vtu) {
+  switch (DovReader::Classify(field, vtu.points, vtu.cells)) {
+    case DovReader::Association::Point:
+      vtu.pointData.push_back(ResultArray(context.model, field, timeStep));
+      return;
+    case DovReader::Association::Cell:
+      vtu.cellData.push_back(ResultArray(context.model, field, timeStep));
+      return;
+    case DovReader::Association::None:
+      break;
   }
-  if (variable.count % components != 0) {
-    context.warnings.push_back(what + ": " + std::to_string(variable.count) +
-                               " values do not fill tuples of " + std::to_string(components));
-    return;
-  }
-  std::uint64_t tuples = variable.count / components;
-  if (tuples == piece.points) {
-    piece.pointData.push_back(ResultArray(context, index, tuples));
-  } else if (tuples == piece.cells) {
-    piece.cellData.push_back(ResultArray(context, index, tuples));
-  } else {
-    context.warnings.push_back(what + ": " + std::to_string(tuples) + " tuples fit neither the " +
-                               std::to_string(piece.points) + " points nor the " +
-                               std::to_string(piece.cells) + " cells, left out");
-  }
+  std::string at = timeStep == kEveryStep
+                       ? ""
+                       : " at value '" + Readable(context.model.Steps().values[timeStep]) + "'";
+  context.warnings.push_back(context.label + ": result " + Readable(field.name) + at + ": " +
+                             std::to_string(field.values) + " values in tuples of " +
+                             std::to_string(field.components) + " fit neither the " +
+                             std::to_string(vtu.points) + " points nor the " +
+                             std::to_string(vtu.cells) + " cells, left out");
 }
 
-void WritePiece(const PieceContext& context, const PiecePlan& plan, const std::string& path,
-                const ExportOptions& options) {
-  std::vector<float> xyz = AsFloats(Read(context, plan.coordinates));
-  if (xyz.size() % 3 != 0) {
-    context.warnings.push_back(context.label +
-                               ": coordinates are not whole triples; the rest "
-                               "is left out");
-    xyz.resize(xyz.size() - xyz.size() % 3);
-  }
-  std::vector<std::uint32_t> nodes = Read(context, plan.connectivity);
-  std::vector<std::uint32_t> lengths = Read(context, plan.polylength);
-  std::uint32_t connectivityType =
-      plan.connectivity == kNone ? kPointConnectivity : Variable(context, plan.connectivity).type;
-  VtuPiece piece;
-  piece.points = xyz.size() / 3;
-  CellLayout cells = BuildCells(nodes, lengths, connectivityType, piece.points, options.style);
-  for (const std::string& warning : cells.warnings)
-    context.warnings.push_back(context.label + ": " + warning);
-  piece.cells = cells.types.size();
-  piece.coordinates = {"Points", VtkScalar::Float32, 3, piece.points,
-                       [&xyz](ByteSink& s) { EmitFloat32(s, xyz.data(), xyz.size()); }};
-  piece.connectivity = {"connectivity", VtkScalar::Int64, 1, cells.usedNodes,
-                        [&](ByteSink& s) { EmitNodeIndices(s, nodes, cells.usedNodes); }};
-  piece.offsets = {"offsets", VtkScalar::Int64, 1, piece.cells, [&cells](ByteSink& s) {
-                     EmitInt64(s, cells.offsets.data(), cells.offsets.size());
-                   }};
-  piece.types = {"types", VtkScalar::UInt8, 1, piece.cells,
-                 [&cells](ByteSink& s) { EmitUInt8(s, cells.types.data(), cells.types.size()); }};
-  if (plan.nodeIds != kNone) {
-    if (Variable(context, plan.nodeIds).count == piece.points) {
-      piece.pointData.push_back(NodeIdArray(context, plan.nodeIds, piece.points));
-    } else {
-      context.warnings.push_back(context.label + ": node ids do not match the points, left out");
+// In a file of every step, a result that is the same data at every step is
+// written once; the others once per step, tagged with it. VTK's reader
+// keeps its place among the arrays only if all tagged arrays come first,
+// in the same order at every step, so arrays for every step go last.
+void AddResultsOfEveryStep(const FileContext& context, VtuPiece& vtu) {
+  const int steps = static_cast<int>(context.model.Steps().values.size());
+  std::vector<std::vector<FieldInfo>> perStep;
+  std::map<std::string, std::set<const DovReader::Variable*>> holders;
+  std::map<std::string, int> present;
+  for (int step = 0; step < steps; ++step) {
+    perStep.push_back(context.model.Fields(context.piece, step));
+    for (const FieldInfo& field : perStep.back()) {
+      holders[field.name].insert(field.holder);
+      ++present[field.name];
     }
   }
-  for (int index : plan.results) AddResult(context, index, piece);
+  auto constant = [&](const std::string& name) {
+    return present[name] == steps && holders[name].size() == 1;
+  };
+  for (int step = 0; step < steps; ++step)
+    for (const FieldInfo& field : perStep[static_cast<std::size_t>(step)])
+      if (!constant(field.name)) AddResult(context, field, step, vtu);
+  for (const FieldInfo& field : perStep[0])
+    if (constant(field.name)) AddResult(context, field, kEveryStep, vtu);
+}
+
+// What the piece's element sets look like, and which steps the file holds.
+std::vector<VtkFieldArray> FieldData(const FileContext& context, const ExportFile& file) {
+  VtkFieldArray names{"Element Set Names", {}, {}, VtkScalar::Float64, 1};
+  VtkFieldArray colors{"Diffuse Color", {}, {}, VtkScalar::Float32, 3};
+  VtkFieldArray visible{"Visibility", {}, {}, VtkScalar::UInt8, 1};
+  for (std::uint32_t geometry : context.piece.geometries) {
+    const DovReader::ModelNode& node = context.model.Node(geometry);
+    names.texts.push_back(node.name);
+    colors.numbers.insert(colors.numbers.end(), node.color.begin(), node.color.end());
+    visible.numbers.push_back(node.visible ? 1 : 0);
+  }
+  std::vector<VtkFieldArray> arrays = {names, colors, visible};
+  arrays.push_back({"Tree Path", {context.piece.path}, {}, VtkScalar::Float64, 1});
+  const DovReader::TimeAxis& steps = context.model.Steps();
+  if (file.everyStep) arrays.push_back({"Instance Values", steps.values, {}, VtkScalar::Float64, 1});
+  if (file.step != kNoStep) {
+    const std::size_t step = static_cast<std::size_t>(file.step);
+    // VTK reads "TimeValue" as the time of a file of one step.
+    arrays.push_back({"TimeValue", {}, {steps.times[step]}, VtkScalar::Float64, 1});
+    arrays.push_back({"Instance Value", {steps.values[step]}, {}, VtkScalar::Float64, 1});
+  }
+  return arrays;
+}
+
+void WriteFile(const FileContext& context, const ExportFile& file, const std::string& path,
+               const ExportOptions& options) {
+  const int geometryStep = file.everyStep ? 0 : file.step;
+  const DovReader::PointSet points = context.model.ReadPoints(context.piece, geometryStep);
+  const DovReader::CellSet cells =
+      context.model.ReadCells(context.piece, geometryStep, points, options.rule);
+  for (const auto* list : {&points.warnings, &cells.warnings})
+    for (const std::string& warning : *list) context.warnings.push_back(context.label + ": " + warning);
+
+  VtuPiece vtu;
+  vtu.points = points.Count();
+  vtu.cells = cells.Count();
+  vtu.coordinates = {"Points", VtkScalar::Float32, 3, vtu.points,
+                     [&](ByteSink& s) { EmitFloat32(s, points.xyz.data(), points.xyz.size()); }};
+  vtu.connectivity = {"connectivity", VtkScalar::Int64, 1, cells.connectivity.size(),
+                      [&](ByteSink& s) { EmitNodeIndices(s, cells.connectivity); }};
+  vtu.offsets = {"offsets", VtkScalar::Int64, 1, vtu.cells,
+                 [&](ByteSink& s) { EmitInt64(s, cells.offsets.data(), cells.offsets.size()); }};
+  vtu.types = {"types", VtkScalar::UInt8, 1, vtu.cells,
+               [&](ByteSink& s) { EmitUInt8(s, cells.types.data(), cells.types.size()); }};
+  if (file.everyStep) {
+    vtu.timeSteps = context.model.Steps().values.size();
+    AddResultsOfEveryStep(context, vtu);
+  } else {
+    for (const FieldInfo& field : context.model.Fields(context.piece, file.step))
+      AddResult(context, field, kEveryStep, vtu);
+  }
+  vtu.cellData.push_back({"Element Set", VtkScalar::Int32, 1, vtu.cells, [&](ByteSink& s) {
+                            EmitInt32(s, cells.geometry.data(), cells.geometry.size());
+                          }});
+  if (!points.nodeIds.empty()) {
+    vtu.pointData.push_back({"Node Ids", VtkScalar::Int64, 1, vtu.points, [&](ByteSink& s) {
+                               EmitInt64(s, points.nodeIds.data(), points.nodeIds.size());
+                             }});
+  }
+  vtu.fieldData = FieldData(context, file);
 
   std::ofstream out(path, std::ios::binary | std::ios::trunc);
   if (!out) throw ToolError("cannot write " + path);
-  WriteVtu(out, piece, options.encoding);
+  WriteVtu(out, vtu);
   out.close();
   if (!out) throw ToolError("writing " + path + " failed");
 }
 
-std::string PieceLabel(const GeometryInfo& geometry, const PiecePlan& piece) {
-  std::string label = "geometry " + Readable(geometry.path);
-  if (piece.timeIndex != kNone) label += " at value '" + Readable(piece.value) + "'";
+std::string FileLabel(const DovReader::Model& model, const ExportFile& file) {
+  std::string label = "piece " + Readable(model.Pieces()[file.piece].path);
+  if (file.step != kNoStep) label += " at value '" + Readable(model.Steps().values[file.step]) + "'";
   return label;
 }
 
-// Data sets of the collection. A geometry without instance values stands at
+// Data sets of the collection. A file without a step of its own stands at
 // every time step, so that it stays visible while the others change.
-std::vector<PvdDataSet> CollectionEntries(const ExportPlan& plan,
+std::vector<PvdDataSet> CollectionEntries(const DovReader::Model& model, const ExportPlan& plan,
                                           const std::vector<bool>& written) {
+  const std::vector<double>& times = model.Steps().times;
   std::vector<PvdDataSet> entries;
-  for (std::size_t i = 0; i < plan.pieces.size(); ++i) {
+  for (std::size_t i = 0; i < plan.files.size(); ++i) {
     if (!written[i]) continue;
-    const PiecePlan& piece = plan.pieces[i];
-    unsigned part = static_cast<unsigned>(piece.geometry);
-    if (piece.timeIndex != kNone) {
-      entries.push_back(
-          {plan.axis.times[static_cast<std::size_t>(piece.timeIndex)], part, piece.fileName});
-    } else if (plan.axis.times.empty()) {
-      entries.push_back({0.0, part, piece.fileName});
+    const ExportFile& file = plan.files[i];
+    const unsigned part = static_cast<unsigned>(file.piece);
+    if (file.step != kNoStep) {
+      entries.push_back({times[static_cast<std::size_t>(file.step)], part, file.fileName});
+    } else if (times.empty()) {
+      entries.push_back({0.0, part, file.fileName});
     } else {
-      for (double time : plan.axis.times) entries.push_back({time, part, piece.fileName});
+      for (double time : times) entries.push_back({time, part, file.fileName});
     }
   }
   std::stable_sort(entries.begin(), entries.end(), [](const PvdDataSet& a, const PvdDataSet& b) {
@@ -169,50 +194,52 @@ std::vector<PvdDataSet> CollectionEntries(const ExportPlan& plan,
   return entries;
 }
 
-std::vector<std::string> CollectionNotes(const std::vector<GeometryInfo>& geometries,
-                                         const ExportPlan& plan) {
+std::vector<std::string> CollectionNotes(const DovReader::Model& model) {
   std::vector<std::string> notes;
-  for (std::size_t g = 0; g < geometries.size(); ++g) {
-    notes.push_back("part " + std::to_string(g) + ": " + Readable(geometries[g].path));
-  }
-  if (!plan.axis.numeric) {
-    for (std::size_t i = 0; i < plan.axis.values.size(); ++i) {
+  for (std::size_t p = 0; p < model.Pieces().size(); ++p)
+    notes.push_back("part " + std::to_string(p) + ": " + Readable(model.Pieces()[p].path));
+  const DovReader::TimeAxis& steps = model.Steps();
+  if (!steps.numeric) {
+    for (std::size_t i = 0; i < steps.values.size(); ++i)
       notes.push_back("time " + std::to_string(i) + ": instance value '" +
-                      Readable(plan.axis.values[i]) + "'");
-    }
+                      Readable(steps.values[i]) + "'");
   }
   return notes;
 }
 
+void WriteCollection(const DovReader::Model& model, const ExportPlan& plan,
+                     const std::vector<bool>& written, const std::string& path) {
+  std::ofstream out(path, std::ios::binary | std::ios::trunc);
+  if (!out) throw ToolError("cannot write " + path);
+  WritePvd(out, CollectionEntries(model, plan, written), CollectionNotes(model));
+}
+
 }  // namespace
 
-ExportReport RunExport(const std::vector<GeometryInfo>& geometries, const ExportPlan& plan,
-                       ValueSource& source, const std::string& directory,
-                       const std::string& collectionName, const ExportOptions& options,
-                       const ExportProgress& progress) {
+ExportReport RunExport(DovReader::Model& model, const ExportPlan& plan,
+                       const std::string& directory, const std::string& collectionName,
+                       const ExportOptions& options, const ExportProgress& progress) {
   ExportReport report;
   report.warnings = plan.notes;
-  std::vector<bool> written(plan.pieces.size(), false);
-  for (std::size_t i = 0; i < plan.pieces.size(); ++i) {
-    const PiecePlan& piece = plan.pieces[i];
-    const GeometryInfo& geometry = geometries[piece.geometry];
-    PieceContext context{geometry, source, report.warnings, PieceLabel(geometry, piece)};
-    std::string path = directory + "/" + piece.fileName;
+  std::vector<bool> written(plan.files.size(), false);
+  for (std::size_t i = 0; i < plan.files.size(); ++i) {
+    const ExportFile& file = plan.files[i];
+    FileContext context{model, model.Pieces()[file.piece], report.warnings, FileLabel(model, file)};
+    const std::string path = directory + "/" + file.fileName;
     try {
-      WritePiece(context, piece, path, options);
+      WriteFile(context, file, path, options);
       written[i] = true;
-      report.written.push_back(piece.fileName);
+      report.written.push_back(file.fileName);
     } catch (const std::exception& e) {
       std::remove(path.c_str());
       report.failures.push_back(context.label + ": " + DescribeFailure(e));
     }
-    if (progress) progress(i + 1, plan.pieces.size());
+    if (progress) progress(i + 1, plan.files.size());
   }
-  std::string collectionPath = directory + "/" + collectionName;
-  std::ofstream out(collectionPath, std::ios::binary | std::ios::trunc);
-  if (!out) throw ToolError("cannot write " + collectionPath);
-  WritePvd(out, CollectionEntries(plan, written), CollectionNotes(geometries, plan));
-  report.written.push_back(collectionName);
+  if (options.series) {
+    WriteCollection(model, plan, written, directory + "/" + collectionName);
+    report.written.push_back(collectionName);
+  }
   return report;
 }
 

@@ -5,17 +5,19 @@
 
 #include "Commands.h"
 #include "Export.h"
+#include "FileHead.h"
 #include "Progress.h"
-#include "Reading.h"
+#include "reader/Model.h"
 
 namespace DovInspect {
 
 namespace {
 
-CellStyle ParseCellStyle(const std::string& text) {
-  if (text == "surface") return CellStyle::Surface;
-  if (text == "solid") return CellStyle::Solid;
-  throw UsageError("--cells expects 'surface' or 'solid', not '" + text + "'");
+DovReader::CellRule ParseCellRule(const std::string& text) {
+  if (text == "shape") return DovReader::CellRule::ByShape;
+  if (text == "surface") return DovReader::CellRule::Surface;
+  if (text == "solid") return DovReader::CellRule::Solid;
+  throw UsageError("--cells expects 'shape', 'surface' or 'solid', not '" + text + "'");
 }
 
 void MakeDirectory(const std::string& directory) {
@@ -30,52 +32,59 @@ int RunExportCommand(const CommandLine& line, std::ostream& out, std::ostream& e
   const std::string& file = line.positional[0];
   const std::string& directory = line.positional[1];
   ExportOptions options;
-  options.encoding = line.Has("--raw") ? VtkEncoding::Raw : VtkEncoding::Base64;
-  options.style = ParseCellStyle(line.Value("--cells", "surface"));
+  options.rule = ParseCellRule(line.Value("--cells", "shape"));
+  options.series = line.Has("--series");
   std::string collection = std::filesystem::path(file).stem().string() + ".pvd";
   collection = line.Value("--name", collection);
 
-  ModelFile model(file);
-  std::vector<GeometryInfo> geometries = model.Geometries();
-  ExportPlan plan = PlanExport(geometries);
+  RequireModelFile(file);
+  DovReader::Model model(file);
+  const ExportPlan plan = PlanExport(model, options.series);
   MakeDirectory(directory);
   ExportReport report;
   {
     ProgressLine progress(err, ErrorIsTerminal());
     report = RunExport(
-        geometries, plan, model, directory, collection, options,
+        model, plan, directory, collection, options,
         [&progress](std::size_t done, std::size_t total) { progress.Update(done, total); });
   }
   for (const std::string& warning : report.warnings) err << "warning: " << warning << "\n";
   for (const std::string& failure : report.failures) err << "error: " << failure << "\n";
-  out << "Wrote " << report.written.size() - 1 << " pieces and " << directory << "/" << collection
-      << "\n";
+  const std::size_t files = report.written.size() - (options.series ? 1 : 0);
+  out << "Wrote " << files << " files to " << directory;
+  if (options.series) out << " and " << directory << "/" << collection;
+  out << "\n";
   return report.failures.empty() ? kExitOk : kExitFailure;
 }
 
 const std::string& ExportDetails() {
   static const std::string details =
       std::string(
-          "Writes one VTK unstructured grid (.vtu) per geometry, or per geometry and\n"
-          "instance value when the geometry holds data per instance value, and one\n"
-          "collection (.pvd) that ParaView opens as a time series.\n\n"
-          "Points come from \"Coordinates\" (a value's own coordinates if it has\n"
-          "them), cells from \"Connectivity\" and \"Polylength\". Node ids become the\n"
-          "point array \"Node Ids\". Every other variable becomes a point array if\n"
-          "its number of tuples equals the number of points, else a cell array if it\n"
-          "equals the number of cells; otherwise it is left out with a warning.\n\n"
-          "Instance values that all read as distinct numbers are the times of the\n"
-          "collection; otherwise the values count 0, 1, 2 ... in their order, and the\n"
-          "collection notes which value each time stands for. A geometry without\n"
-          "instance values stands at every time.\n\n") +
-      CellMappingHelp() +
+          "Writes one VTK unstructured grid (.vtu) per piece of the model: a mesh\n"
+          "with the points once and the cells of all its element sets, or any other\n"
+          "geometry on its own. Points stand where the groups above them place\n"
+          "them. The cell data \"Element Set\" numbers each cell's set; the field\n"
+          "data name the sets (\"Element Set Names\") and give their \"Diffuse\n"
+          "Color\" and \"Visibility\", and the piece's \"Tree Path\". Data are\n"
+          "zlib-compressed binary, as VTK's own writer leaves them.\n\n"
+          "Node ids become the point array \"Node Ids\". Every other variable becomes\n"
+          "a point array if its number of tuples equals the number of points, else a\n"
+          "cell array if it equals the number of cells; otherwise it is left out\n"
+          "with a warning.\n\n"
+          "Instance values are time steps: ascending numbers where all of them are\n"
+          "distinct numbers, else in order of first use. A piece with data per value\n"
+          "holds all steps in its one file (VTK counts them 0, 1, 2 ...; the field\n"
+          "data \"Instance Values\" name them), unless its points or cells change\n"
+          "from value to value: then it gets one file per step, with the step's time\n"
+          "as \"TimeValue\". With --series every such piece gets one file per step,\n"
+          "and a collection (.pvd) that ParaView opens with the values as times.\n\n") +
+      DovReader::CellRuleHelp() +
       "\nOptions:\n"
-      "  --cells=STYLE  'surface' (default) or 'solid': how cells of 4, 5, 6 and 8\n"
-      "                 nodes of a cell mesh are read\n"
-      "  --raw          write the arrays as raw appended bytes instead of inline\n"
-      "                 base64 (smaller and faster, not plain XML)\n"
+      "  --cells=RULE   'shape' (default), 'surface' or 'solid': how cells of 4, 5,\n"
+      "                 6 and 8 nodes of a cell mesh are typed\n"
+      "  --series       one file per piece and step, and a .pvd collection\n"
       "  --name NAME    the collection's file name (default: FILE's name with .pvd)\n\n"
-      "Exits with 1 if a piece could not be written; the others are still written.\n";
+      "Exits with 1 if a file could not be written; the others are still written.\n";
   return details;
 }
 
@@ -84,9 +93,9 @@ const std::string& ExportDetails() {
 const Command& ExportCommand() {
   static const Command command{"export",
                                "Convert a model file to VTK files for ParaView.",
-                               "FILE OUTDIR [--cells=surface|solid] [--raw] [--name NAME]",
+                               "FILE OUTDIR [--cells=shape|surface|solid] [--series] [--name NAME]",
                                ExportDetails().c_str(),
-                               {{"--cells", true}, {"--raw", false}, {"--name", true}},
+                               {{"--cells", true}, {"--series", false}, {"--name", true}},
                                2,
                                2,
                                RunExportCommand};

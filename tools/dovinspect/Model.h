@@ -43,8 +43,6 @@ class ValueSource {
   virtual std::vector<std::uint32_t> Words(std::uint32_t entryId, std::size_t variableIndex) = 0;
 };
 
-std::vector<float> AsFloats(const std::vector<std::uint32_t>& words);
-
 }  // namespace DovInspect
 
 #endif

@@ -35,6 +35,8 @@ class ModelFile : public ValueSource {
   std::uint32_t DepthOf(std::uint32_t entryId) const { return scene_.Depth(entryId); }
   std::vector<GeometryInfo> Geometries() const;
 
+  // One variable's values as 32-bit words (floats by their bits), links
+  // followed and byte planes undone.
   std::vector<std::uint32_t> Words(std::uint32_t entryId, std::size_t variableIndex) override;
 
  private:

@@ -10,6 +10,10 @@ Reading::
         xyz = g.read("Coordinates")              # float32, shape (n, 3)
         u = g.read("Displacement", Load=0.5)     # a result at one instance value
 
+meshio: dovwriter.to_meshio(f, time=0.5) makes one meshio.Mesh of a file,
+a group or a geometry; meshio.read("plate.dov") works once dovwriter is
+imported.
+
 Writing: dovwriter.Scene offers every operation of the library's newest
 scene interface under snake_case names, taking numpy arrays.
 
@@ -38,6 +42,9 @@ from ._core import (  # the enumerators, as C++ hosts write them
     ScalarVariable, VectorVariable, SixComponentVariableA, SixComponentVariableB,
 )
 from ._reading import File, Geometry, Node, Variable, open
+from ._meshio import to_meshio, register as _register_with_meshio
 from ._scene import Scene
+
+_register_with_meshio()
 
 __all__ = [name for name in dir() if not name.startswith("_")]

@@ -30,10 +30,9 @@ class File:
         self.path = os.fspath(path)
         os.stat(self.path)  # a missing file raises as Python reports it
         self._model = _core.Model(self.path)
-        self._records = {record[0]: record for record in self._model.records()}
+        self._records = {node[0]: node for node in self._model.nodes()}
         self.global_information = self._model.information()
         self.format_version = self.global_information["format_version"]
-        self._paths = {}
 
     def __enter__(self):
         return self
@@ -53,13 +52,9 @@ class File:
 
     def walk(self):
         """Every tree entry, depth first, parents before their children."""
-        roots = [entry for entry, record in self._records.items() if record[1] == 0]
-        pending, seen = list(reversed(roots)), set()
+        pending = [entry for entry, record in reversed(self._records.items()) if record[1] == 0]
         while pending:
             entry = pending.pop()
-            if entry in seen:
-                continue  # a damaged file may link entries in a cycle
-            seen.add(entry)
             yield self.node(entry)
             pending.extend(reversed(self._children(entry)))
 
@@ -106,28 +101,15 @@ class File:
         return _core.verify(self.path)
 
     def _children(self, entry):
-        children, child = [], self._records[entry][2]
-        while child != 0 and child in self._records and child not in children:
-            children.append(child)
-            child = self._records[child][3]
-        return children
-
-    def _path(self, entry):
-        if entry not in self._paths:
-            names, seen, at = [], set(), entry
-            while at != 0 and at not in seen and at in self._records:
-                seen.add(at)
-                names.append(self._records[at][5])
-                at = self._records[at][1]
-            self._paths[entry] = "/".join(reversed(names))
-        return self._paths[entry]
+        return self._records[entry][2]
 
 
 class Node:
     """One entry of the scene tree.
 
     id, kind ("group", "shape", "geometry", or None for an empty entry),
-    name, path (names from the root, joined by "/"), parent, children,
+    name, path (names from the root, joined by "/"; a path longer than 4096
+    bytes keeps its end behind ".../"), parent, children,
     matrix (4x4 float64: the group transformations from the root down to it,
     each translation x rotation x scale, the rotation an axis and an angle in
     radians), color (diffuse RGBA of the shape at or above it, or None) and
@@ -139,7 +121,7 @@ class Node:
         self.id = entry
         record = file._records[entry]
         self.kind = _kind(record)
-        self.name = record[5]
+        self.name = record[4]
         self._parent = record[1]
         self._placement = None
 
@@ -148,7 +130,7 @@ class Node:
 
     @property
     def path(self):
-        return self._file._path(self.id)
+        return self._file._records[self.id][5]
 
     @property
     def parent(self):
@@ -173,7 +155,7 @@ class Node:
     def _placed(self):
         if self._placement is None:
             matrix, color, visible = self._file._model.placement(self.id)
-            self._placement = matrix, color and tuple(color), visible
+            self._placement = matrix, color, visible
         return self._placement
 
 
@@ -256,7 +238,7 @@ class Geometry(Node):
 
 
 def _kind(record):
-    return _KINDS.get(record[4], record[4].lower())
+    return _KINDS.get(record[3], record[3].lower())
 
 
 def _variable(index, fields):

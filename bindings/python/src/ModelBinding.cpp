@@ -1,6 +1,6 @@
-// Reading: a model file opened with our reader, its records handed to
-// Python as plain tuples and its values as numpy arrays that own their
-// memory. "Heavy Data" is inflated a block at a time, never as a whole.
+// Reading: a model file opened with the reader's model layer, its tree
+// handed to Python as plain tuples and its values as numpy arrays that own
+// their memory. "Heavy Data" is inflated a block at a time, never whole.
 
 #include <pybind11/numpy.h>
 #include <pybind11/stl.h>
@@ -8,9 +8,8 @@
 #include <memory>
 
 #include "Common.h"
-#include "Reading.h"
-#include "SceneView.h"
 #include "Verify.h"
+#include "reader/Model.h"
 
 namespace DovPython {
 
@@ -18,32 +17,68 @@ namespace {
 
 const std::uint32_t FloatData = 1;
 
-// The words become the array's own buffer: no copy, freed with the array.
-template <class T>
-py::array OwnedArray(std::vector<std::uint32_t>&& words) {
-  static_assert(sizeof(T) == sizeof(std::uint32_t), "a value is one 32-bit word");
-  auto* held = new std::vector<std::uint32_t>(std::move(words));
-  py::capsule owner(held,
-                    [](void* data) { delete static_cast<std::vector<std::uint32_t>*>(data); });
-  return py::array_t<T>({static_cast<py::ssize_t>(held->size())}, {sizeof(T)},
-                        reinterpret_cast<const T*>(held->data()), owner);
+// The vector becomes the array's own buffer: no copy, freed with the array.
+// `Shown` reinterprets the elements, as floats kept in 32-bit words are.
+template <class Shown, class Stored>
+py::array OwnedArray(std::vector<Stored>&& values, py::ssize_t width = 1) {
+  static_assert(sizeof(Shown) == sizeof(Stored), "the elements keep their size");
+  auto* held = new std::vector<Stored>(std::move(values));
+  py::capsule owner(held, [](void* data) { delete static_cast<std::vector<Stored>*>(data); });
+  const auto* data = reinterpret_cast<const Shown*>(held->data());
+  const auto rows = static_cast<py::ssize_t>(held->size()) / width;
+  const auto size = static_cast<py::ssize_t>(sizeof(Shown));
+  if (width == 1) return py::array_t<Shown>({rows}, {size}, data, owner);
+  return py::array_t<Shown>({rows, width}, {width * size, size}, data, owner);
 }
 
-py::array MatrixArray(const Matrix4& matrix) {
+py::array Words(std::vector<std::uint32_t>&& words, bool floats, py::ssize_t width = 1) {
+  return floats ? OwnedArray<float>(std::move(words), width)
+                : OwnedArray<std::uint32_t>(std::move(words), width);
+}
+
+py::array MatrixArray(const DovReader::Matrix4& matrix) {
   py::array_t<double> array({4, 4});
   std::copy(matrix.begin(), matrix.end(), array.mutable_data());
   return std::move(array);
 }
 
+const char* AssociationName(DovReader::Association association) {
+  switch (association) {
+    case DovReader::Association::Point: return "point";
+    case DovReader::Association::Cell: return "cell";
+    case DovReader::Association::None: break;
+  }
+  return nullptr;
+}
+
+// The cells of the chosen element sets of a piece, one after the other.
+DovReader::CellSet ChosenCells(DovReader::Model& model, const DovReader::ModelPiece& piece,
+                               const std::vector<std::size_t>& positions, int step,
+                               const DovReader::PointSet& points) {
+  DovReader::CellSet all;
+  for (std::size_t position : positions) {
+    DovReader::CellSet cells =
+        model.ReadCells(piece, position, step, points, DovReader::CellRule::ByShape);
+    const auto base = static_cast<std::int64_t>(all.connectivity.size());
+    all.connectivity.insert(all.connectivity.end(), cells.connectivity.begin(),
+                            cells.connectivity.end());
+    for (std::int64_t end : cells.offsets) all.offsets.push_back(base + end);
+    all.types.insert(all.types.end(), cells.types.begin(), cells.types.end());
+    all.geometry.insert(all.geometry.end(), cells.geometry.begin(), cells.geometry.end());
+    all.warnings.insert(all.warnings.end(), cells.warnings.begin(), cells.warnings.end());
+  }
+  return all;
+}
+
 class Model {
  public:
   explicit Model(py::handle path)
-      : file(std::make_unique<DovInspect::ModelFile>(FileSystemPath(path))) {}
+      : model(std::make_unique<DovReader::Model>(FileSystemPath(path))) {}
 
-  void Close() { file.reset(); }
+  void Close() { model.reset(); }
 
   py::dict Information() const {
-    const DovReader::GlobalInformation& info = Open().Scene().Information();
+    const DovReader::GlobalInformation& info = Open().GetScene().Information();
     py::dict dict;
     dict["version"] = Text(info.version);
     dict["application_name"] = Text(info.applicationName);
@@ -56,29 +91,30 @@ class Model {
     return dict;
   }
 
-  // (id, parent, first child, next sibling, type name, name) per entry.
-  py::list Records() const {
-    py::list records;
-    for (const DovReader::TreeRecord& r : Open().Scene().Records())
-      records.append(py::make_tuple(r.id, r.parent, r.firstChild, r.nextSibling, Text(r.typeName),
-                                    Text(r.name)));
-    return records;
+  // (id, parent, children, type name, name, path) per node, in id order.
+  py::list Nodes() const {
+    py::list nodes;
+    for (const DovReader::ModelNode& node : Open().Nodes())
+      nodes.append(py::make_tuple(node.id, node.parent, node.children,
+                                  Text(Open().GetScene().Record(node.id).typeName),
+                                  Text(node.name), Text(node.path)));
+    return nodes;
   }
 
-  // (composed 4x4 matrix, diffuse colour or None, visible).
+  // (composed 4x4 matrix, diffuse colour with alpha or None, visible).
   py::tuple Placement(std::uint32_t entryId) const {
-    const DovReader::Scene& scene = Open().Scene();
-    const Appearance appearance = AppearanceOf(scene, entryId);
+    const DovReader::ModelNode& node = Open().Node(entryId);
     py::object color = py::none();
-    if (appearance.color) color = py::cast(*appearance.color);
-    return py::make_tuple(MatrixArray(ComposedMatrix(scene, entryId)), color, appearance.visible);
+    if (node.hasColor)
+      color = py::make_tuple(node.color[0], node.color[1], node.color[2], Alpha(node));
+    return py::make_tuple(MatrixArray(node.matrix), color, node.visible);
   }
 
   // (name, type, data type, width, values, link entry, link index) per
   // variable; the width, data type and count are those of the data that a
   // link leads to, the link fields 0 for a variable that holds its own.
   py::list Variables(std::uint32_t entryId) const {
-    const DovReader::Scene& scene = Open().Scene();
+    const DovReader::Scene& scene = Open().GetScene();
     const DovReader::TreeRecord& record = scene.Record(entryId);
     py::list variables;
     for (std::uint32_t i = 0; i < record.variables.size(); ++i) {
@@ -92,19 +128,75 @@ class Model {
   }
 
   py::array Read(std::uint32_t entryId, std::uint32_t index) {
-    const bool floats = Open().Scene().ResolveVariable(entryId, index).dataType == FloatData;
-    std::vector<std::uint32_t> words = Open().Words(entryId, index);
-    return floats ? OwnedArray<float>(std::move(words))
-                  : OwnedArray<std::uint32_t>(std::move(words));
+    const bool floats = Open().GetScene().ResolveVariable(entryId, index).dataType == FloatData;
+    return Words(Open().Values(entryId, static_cast<int>(index)), floats);
+  }
+
+  // (name, path, geometry ids) per piece: a mesh's element sets, or a
+  // geometry of its own.
+  py::list Pieces() const {
+    py::list pieces;
+    for (const DovReader::ModelPiece& piece : Open().Pieces())
+      pieces.append(py::make_tuple(Text(piece.name), Text(piece.path), piece.geometries));
+    return pieces;
+  }
+
+  // The instance values in step order: (texts, times, whether numeric).
+  py::tuple Steps() const {
+    const DovReader::TimeAxis& steps = Open().Steps();
+    py::list values;
+    for (const std::string& value : steps.values) values.append(Text(value));
+    return py::make_tuple(values, steps.times, steps.numeric);
+  }
+
+  // One piece at a step (-1 for none), with the cells of the element sets
+  // at `positions`: its points placed, cells typed, results classified.
+  py::dict Piece(std::size_t index, int step, const std::vector<std::size_t>& positions) {
+    DovReader::Model& model = Open();
+    const DovReader::ModelPiece& piece = model.Pieces().at(index);
+    DovReader::PointSet points = model.ReadPoints(piece, step);
+    DovReader::CellSet cells = ChosenCells(model, piece, positions, step, points);
+    py::list warnings;
+    for (const auto* list : {&points.warnings, &cells.warnings})
+      for (const std::string& warning : *list) warnings.append(Text(piece.path + ": " + warning));
+    py::list fields;
+    for (const DovReader::FieldInfo& field : model.Fields(piece, step)) {
+      const char* association = AssociationName(Classify(field, points.Count(), cells.Count()));
+      py::object values = py::none();
+      if (association != nullptr)
+        values = Words(model.Values(field.entryId, field.index), field.isFloat, field.components);
+      fields.append(py::make_tuple(Text(field.name), association, values, field.values,
+                                   field.components));
+    }
+    py::dict dict;
+    dict["points"] = OwnedArray<float>(std::move(points.xyz), 3);
+    dict["node_ids"] = OwnedArray<std::int64_t>(std::move(points.nodeIds));
+    dict["connectivity"] = OwnedArray<std::uint32_t>(std::move(cells.connectivity));
+    dict["offsets"] = OwnedArray<std::int64_t>(std::move(cells.offsets));
+    dict["types"] = OwnedArray<std::uint8_t>(std::move(cells.types));
+    dict["element_set"] = OwnedArray<std::int32_t>(std::move(cells.geometry));
+    dict["fields"] = fields;
+    dict["warnings"] = warnings;
+    return dict;
   }
 
  private:
-  DovInspect::ModelFile& Open() const {
-    if (!file) throw py::value_error("the model file is closed");
-    return *file;
+  DovReader::Model& Open() const {
+    if (!model) throw py::value_error("the model file is closed");
+    return *model;
   }
 
-  std::unique_ptr<DovInspect::ModelFile> file;
+  // The model layer gives a colour as red, green and blue; the alpha stays
+  // in the record of the shape that gave it, the nearest at or above.
+  float Alpha(const DovReader::ModelNode& node) const {
+    for (std::uint32_t id = node.id; id != 0; id = Open().Node(id).parent) {
+      const DovReader::TreeRecord& record = Open().GetScene().Record(id);
+      if (record.material) return record.material->diffuse[3];
+    }
+    return 1.0f;
+  }
+
+  std::unique_ptr<DovReader::Model> model;
 };
 
 }  // namespace
@@ -114,10 +206,13 @@ void RegisterReading(py::module_& module) {
       .def(py::init<py::handle>(), py::arg("path"))
       .def("close", &Model::Close)
       .def("information", &Model::Information)
-      .def("records", &Model::Records)
+      .def("nodes", &Model::Nodes)
       .def("placement", &Model::Placement, py::arg("entry"))
       .def("variables", &Model::Variables, py::arg("entry"))
-      .def("read", &Model::Read, py::arg("entry"), py::arg("index"));
+      .def("read", &Model::Read, py::arg("entry"), py::arg("index"))
+      .def("pieces", &Model::Pieces)
+      .def("steps", &Model::Steps)
+      .def("piece", &Model::Piece, py::arg("index"), py::arg("step"), py::arg("positions"));
   module.def(
       "verify",
       [](py::handle path) {

@@ -44,6 +44,7 @@ static void versions_and_null_arguments(const char* trace) {
   dov_id object;
   dov_write_options options;
 
+  EXPECT(strcmp(dov_library_version(), DOVWRITER_EXPECTED_VERSION) == 0);
   EXPECT_CODE(DOV_ERROR_UNKNOWN_VERSION, dov_scene_create("v3", 3, &scene));
   EXPECT(scene == NULL);
   EXPECT_CODE(DOV_ERROR_MISCELLANEOUS, dov_scene_create("v0", 0, NULL));

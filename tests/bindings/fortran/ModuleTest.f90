@@ -18,6 +18,7 @@ program module_test
   call get_command_argument(1, argument)
   if (argument == 'stop') call dov_validate(scene, unknown)
 
+  call expect(index(dov_library_version(), '.') > 1, 'the library tells its version')
   call dov_create_object(scene, DOV_MESH_OBJECT, mesh)
   call dov_create_object(scene, DOV_ARRAY_OBJECT, array)
   call dov_set_name(scene, mesh, 'Plate   ')

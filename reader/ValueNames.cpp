@@ -1,11 +1,11 @@
-#include "ValueNames.h"
+#include "reader/ValueNames.h"
 
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
-#include <set>
+#include <map>
 
-namespace DovInspect {
+namespace DovReader {
 
 namespace {
 
@@ -74,21 +74,24 @@ std::string Unescape(const std::string& text) {
 
 TimeAxis TimeAxis::FromValues(const std::vector<std::string>& valuesInOrder) {
   TimeAxis axis;
-  axis.values = valuesInOrder;
-  std::set<double> seen;
+  std::map<double, std::string> byTime;
   axis.numeric = !valuesInOrder.empty();
   for (const std::string& text : valuesInOrder) {
     double number = 0;
-    if (!ParseNumber(text, number) || !seen.insert(number).second) {
+    if (!ParseNumber(text, number) || !byTime.emplace(number, text).second) {
       axis.numeric = false;
       break;
     }
-    axis.times.push_back(number);
   }
-  if (!axis.numeric) {
-    axis.times.clear();
-    for (std::size_t i = 0; i < valuesInOrder.size(); ++i) axis.times.push_back(double(i));
+  if (axis.numeric) {
+    for (const auto& entry : byTime) {
+      axis.times.push_back(entry.first);
+      axis.values.push_back(entry.second);
+    }
+    return axis;
   }
+  axis.values = valuesInOrder;
+  for (std::size_t i = 0; i < valuesInOrder.size(); ++i) axis.times.push_back(double(i));
   return axis;
 }
 
@@ -108,4 +111,4 @@ std::string FormatNumber(double value) {
   return text;
 }
 
-}  // namespace DovInspect
+}  // namespace DovReader
