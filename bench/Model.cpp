@@ -42,6 +42,15 @@ std::vector<float> NodeField(const ModelShape& shape, std::uint32_t width, Field
   return values;
 }
 
+// The counts that follow from the kind and the nodes along each axis.
+ModelShape Counted(ModelShape shape) {
+  shape.nodes = std::uint64_t(shape.nx) * shape.ny * shape.nz;
+  const std::uint64_t hexahedra = std::uint64_t(shape.nx - 1) * (shape.ny - 1) * (shape.nz - 1);
+  shape.nodesPerCell = shape.kind == CellKind::Hexahedron ? 8 : 4;
+  shape.cells = shape.kind == CellKind::Hexahedron ? hexahedra : 6 * hexahedra;
+  return shape;
+}
+
 }  // namespace
 
 std::uint64_t ModelShape::HostBytes() const {
@@ -57,11 +66,14 @@ ModelShape PlanModel(std::uint64_t targetNodes, CellKind kind) {
   shape.nz = std::max<std::uint32_t>(
       2, static_cast<std::uint32_t>(std::llround(static_cast<double>(targetNodes) /
                                                  (double(shape.nx) * shape.ny))));
-  shape.nodes = std::uint64_t(shape.nx) * shape.ny * shape.nz;
-  const std::uint64_t hexahedra = std::uint64_t(shape.nx - 1) * (shape.ny - 1) * (shape.nz - 1);
-  shape.nodesPerCell = kind == CellKind::Hexahedron ? 8 : 4;
-  shape.cells = kind == CellKind::Hexahedron ? hexahedra : 6 * hexahedra;
-  return shape;
+  return Counted(shape);
+}
+
+ModelShape SliceModel(const ModelShape& whole, std::uint32_t part, std::uint32_t parts) {
+  const std::uint64_t layers = whole.nz - 1;
+  ModelShape slab = whole;
+  slab.nz = static_cast<std::uint32_t>(layers * (part + 1) / parts - layers * part / parts + 1);
+  return Counted(slab);
 }
 
 std::string CellKindName(CellKind kind) {

@@ -32,6 +32,9 @@ struct ModelShape {
 
 // The largest block of nodes that does not exceed `targetNodes` by much.
 ModelShape PlanModel(std::uint64_t targetNodes, CellKind kind);
+// Part `part` of `parts` slabs of `whole` along z; neighbouring slabs share
+// a layer of nodes, as partitions of a mesh share their boundary.
+ModelShape SliceModel(const ModelShape& whole, std::uint32_t part, std::uint32_t parts);
 std::string CellKindName(CellKind kind);
 
 std::vector<float> Coordinates(const ModelShape& shape);           // 3 per node

@@ -14,10 +14,12 @@ if [ "${1:-}" = "--tests" ]; then
   # reader checks the files that dovinspect exports, and Python's json
   # module its JSON; the Python module is built with pybind11 and tested
   # with pytest, its meshio conversion with meshio; the fuzz targets need clang and its libFuzzer and
-  # sanitizer runtimes. ParaView's Python package brings VTK too and
+  # sanitizer runtimes; the MPI library and its tests need MPI's headers
+  # and mpirun. ParaView's Python package brings VTK too and
   # conflicts with Debian's own, so where ParaView is installed it serves.
   packages+=(libgtest-dev googletest gfortran python3 python3-numpy python3-dev \
-             pybind11-dev python3-pytest python3-meshio clang libclang-rt-14-dev)
+             pybind11-dev python3-pytest python3-meshio clang libclang-rt-14-dev \
+             libopenmpi-dev openmpi-bin)
   installed python3-paraview || packages+=(python3-vtk9)
 fi
 if [ "${1:-}" = "--paraview" ]; then
@@ -28,7 +30,7 @@ if [ "${1:-}" = "--paraview" ]; then
              xvfb libgl1-mesa-dri)
 fi
 if [ "${1:-}" = "--bench" ]; then
-  packages+=(libhdf5-dev gnuplot-nox)
+  packages+=(libhdf5-dev gnuplot-nox libopenmpi-dev openmpi-bin)
 fi
 
 missing=()

@@ -32,7 +32,7 @@ release() {
   cmake -S . -B build -DCMAKE_BUILD_TYPE=Release -DDOVWRITER_BUILD_TESTS=ON \
         -DDOVWRITER_BUILD_PARAVIEW=OFF >/dev/null
   cmake --build build -j "$jobs"
-  (cd build && ctest --output-on-failure --no-tests=error -j "$jobs")
+  (cd build && ctest --output-on-failure --no-tests=error -j "$jobs" -LE mpi)
 }
 
 # The ParaView reader plugin on the release build: installing ParaView is
@@ -62,6 +62,14 @@ threads() {
      ctest --output-on-failure --no-tests=error -j "$jobs" -L threads)
 }
 
+# One file written by all ranks of an MPI job: the release build's MPI
+# test program under mpirun with 1, 2 and 4 ranks (label `mpi`), one run at
+# a time, since 4 ranks already fill 2 cores twice. Budget: 2 minutes.
+mpi() {
+  cmake --build build -j "$jobs" --target test_mpi
+  (cd build && ctest --output-on-failure --no-tests=error -L mpi)
+}
+
 # The fuzz targets under clang with ASan and UBSan, each for a short fixed
 # time from the seed corpus, so that a regression that fuzzing finds at once
 # fails the run; then the slowest input of each corpus and its time per MB.
@@ -70,6 +78,7 @@ fuzzing() { bash fuzz/run.sh --seconds 25; }
 stage "Dependencies" dependencies
 stage "Demo (the README's first command)" demo
 stage "Release build and tests" release
+stage "MPI: one file from 1, 2 and 4 ranks" mpi
 stage "ParaView reader plugin and pvpython tests" paraview_plugin
 stage "Sanitizer build (ASan + UBSan) and tests" sanitizers
 stage "ThreadSanitizer build and threaded tests" threads

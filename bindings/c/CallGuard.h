@@ -7,18 +7,26 @@
 // and the calling thread's last error, and no exception reaches C code.
 
 #include <DovWriter/DovWriter.h>
+#include <DovWriter/ScenePart.h>
 #include <DovWriter/dovwriter.h>
 
+#include <memory>
 #include <type_traits>
 
 struct dov_scene {
-  dov_scene(const char* title, int version) : version(version), handle(title) {}
+  dov_scene(const char* title, int version)
+      : version(version), own(new Kel::Dov::Scene_V2(title)), handle(*own) {}
+  // A part of a file that several processes write: of the newest version,
+  // with saveTo and closeFile of the part.
+  explicit dov_scene(Kel::Dov::Scene_V2Part* part) : version(2), part(part), handle(*part) {}
 
   // The interface version the host asked for. The handle is always of the
   // newest version: the versions differ in the operations they offer, not
   // in what a shared operation does.
   const int version;
-  Kel::Dov::Scene_V2 handle;
+  std::unique_ptr<Kel::Dov::Scene_V2> own;
+  std::unique_ptr<Kel::Dov::Scene_V2Part> part;
+  Kel::Dov::Scene_V2& handle;
   dov_diagnostic_handler handler = nullptr;
   void* user = nullptr;
 };

@@ -68,6 +68,22 @@ int dov_scene_create(const char* title, int version, dov_scene** scene) {
   });
 }
 
+namespace Kel {
+namespace Dov {
+
+int makeCScene(const std::function<Scene_V2Part*()>& make, dov_scene** scene) {
+  return DovC::Guard([&] {
+    dov_scene*& result = ResultPlace(scene, "dov_scene_create");
+    result = nullptr;
+    std::unique_ptr<Scene_V2Part> part(make());
+    result = new dov_scene(part.get());
+    part.release();
+  });
+}
+
+}  // namespace Dov
+}  // namespace Kel
+
 int dov_scene_free(dov_scene* scene) {
   return DovC::Guard([&] { delete scene; });
 }
@@ -115,12 +131,20 @@ int dov_validate(dov_scene* scene, dov_id object) {
 int dov_save_to(dov_scene* scene, const char* path, const char* unused, int unused_flag,
                 int overwrite) {
   return Call<Scene_V0>(scene, __func__, [&](Scene_V0& s) {
-    s.saveTo(path, unused, unused_flag != 0, overwrite != 0);
+    if (scene->part != nullptr)
+      scene->part->saveTo(path, unused, unused_flag != 0, overwrite != 0);
+    else
+      s.saveTo(path, unused, unused_flag != 0, overwrite != 0);
   });
 }
 
 int dov_close_file(dov_scene* scene, const char* path) {
-  return Call<Scene_V0>(scene, __func__, [&](Scene_V0& s) { s.closeFile(path); });
+  return Call<Scene_V0>(scene, __func__, [&](Scene_V0& s) {
+    if (scene->part != nullptr)
+      scene->part->closeFile(path);
+    else
+      s.closeFile(path);
+  });
 }
 
 int dov_set_title_object(dov_scene* scene, dov_id object, const char* name) {

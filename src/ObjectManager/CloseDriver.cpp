@@ -31,12 +31,7 @@ class ParallelWrite {
 }  // namespace
 
 void ObjectManager::saveTo(const char* path, bool overwrite) {
-  // A second file would get a head and nothing else: the tree of this scene
-  // is built once, into the first file.
-  if (fileState == FileState::Building || fileState == FileState::Finished)
-    KEL_RAISE(19, "saveTo after closeFile: this scene has already built its file", SaveToMethod);
-  if (path == nullptr) KEL_RAISE(16, "saveTo without a path", SaveToMethod);
-  fileName = path;
+  bindPath(path);
   const bool openBefore = file.stream != nullptr;
   try {
     explainingFailures("saveTo", overwrite, [&] { SetStreamFile(fileName, overwrite); });
@@ -48,6 +43,15 @@ void ObjectManager::saveTo(const char* path, bool overwrite) {
     throw;
   }
   fileState = FileState::Bound;
+}
+
+void ObjectManager::bindPath(const char* path) {
+  // A second file would get a head and nothing else: the tree of this scene
+  // is built once, into the first file.
+  if (fileState == FileState::Building || fileState == FileState::Finished)
+    KEL_RAISE(19, "saveTo after closeFile: this scene has already built its file", SaveToMethod);
+  if (path == nullptr) KEL_RAISE(16, "saveTo without a path", SaveToMethod);
+  fileName = path;
 }
 
 void ObjectManager::createDefaultViews(const Identifier& object) {

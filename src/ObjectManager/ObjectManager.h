@@ -6,6 +6,7 @@
 // builds from it.
 
 #include <DovWriter/Exception.h>
+#include <DovWriter/ScenePart.h>
 #include <DovWriter/Scene_V2.h>
 #include <DovWriter/Types.h>
 
@@ -181,11 +182,21 @@ class ObjectManager : public KelDov::Tree {
   // Opens the file and writes its head. Refused (code 19) once a closeFile()
   // has started building, since the tree could not be built twice.
   void saveTo(const char* path, bool overwrite);
+  // The checks of saveTo, and the path kept; the file is not opened.
+  void bindPath(const char* path);
   void createDefaultViews(const Identifier& root);
   // Builds the tree from the root and finishes the file, if `path` is the
   // stored file name byte for byte; otherwise does nothing. Host errors in
   // what the walk would reach are refused before any dataset is written.
   void closeFile(const std::string& path);
+
+  // ---- One part of a file that several processes write (ScenePart.h) ------------
+  void saveToAsPart(PartGroup& group, const char* path, bool overwrite);
+  void closeFileAsPart(PartGroup& group, const char* path);
+  // A part scene is saved and closed only together with the other parts:
+  // through a base handle, `operation` would write a file of its own.
+  void markAsPart() { partOfGroup = true; }
+  void refusePartAlone(const char* operation) const;
 
   // ---- Options of the third interface version -------------------------------
   // How closeFile() writes; refused (code 19) once building has started.
@@ -194,6 +205,7 @@ class ObjectManager : public KelDov::Tree {
   // Sets the file's index to write as the options say; the sequential
   // write, without threads, where they ask for nothing else.
   void startParallelWrite();
+  void startParallelWrite(KelTmf::TmFile& target);
   // Keeps the host's pointer instead of a copy, after the checks of
   // setValues; the builders read it through an ArrayView.
   template <class T>
@@ -222,6 +234,7 @@ class ObjectManager : public KelDov::Tree {
   FileState fileState = FileState::Unbound;
 
   friend class CloseProgress;
+  friend class PartClose;
 
   void refuseCloseInState() const;
   // The walk from the root, as a loop over buildSteps.
@@ -308,6 +321,7 @@ class ObjectManager : public KelDov::Tree {
   std::map<std::uint64_t, KelDov::VariableRef> sharedDatasets;
   WriteOptions options;
   DiagnosticChannel diagnostics;
+  bool partOfGroup = false;
   // Set while a closeFile() with a handler runs (CloseProgress).
   ProgressMeter* progress = nullptr;
 };

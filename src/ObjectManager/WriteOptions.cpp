@@ -46,7 +46,9 @@ void ObjectManager::setWriteOptions(const WriteOptions& requested) {
   options = requested;
 }
 
-void ObjectManager::startParallelWrite() {
+void ObjectManager::startParallelWrite() { startParallelWrite(file); }
+
+void ObjectManager::startParallelWrite(KelTmf::TmFile& target) {
   const unsigned threads = ThreadsToUse(options.threads);
   const bool fast = options.encoding == Encoding::Fast;
   // One thread and exact blocks: the sequential write, untouched.
@@ -54,9 +56,9 @@ void ObjectManager::startParallelWrite() {
   KelTmf::BlockCoding coding;
   coding.fast = fast;
   coding.level = fast ? options.level : 6;
-  file.index.StartParallel(threads, coding, file.stream);
+  target.index.StartParallel(threads, coding, target.stream);
   if (fast)
-    file.index.CutEvenly(KelDov::HeavyDataStream,
+    target.index.CutEvenly(KelDov::HeavyDataStream,
                          options.blockBytes != 0 ? options.blockBytes : DefaultFastBlockBytes);
 }
 

@@ -1,6 +1,7 @@
 # cmake -DBUILD_DIR=... -DWORK_DIR=... -DCONSUMER_DIR=... -DCXX=... -DCC=...
-#       [-DFC=...] [-DPYTHON=... -DPYTHON_PACKAGES=...] -P InstallAndConsume.cmake
-# With FC, the Fortran module is consumed as well.
+#       [-DFC=...] [-DMPI=ON] [-DPYTHON=... -DPYTHON_PACKAGES=...] -P InstallAndConsume.cmake
+# With FC, the Fortran module is consumed as well; with MPI, the MPI library
+# (its host runs as one rank started alone, allowed to run as root).
 
 function(run)
   execute_process(COMMAND ${ARGN} RESULT_VARIABLE result OUTPUT_VARIABLE out ERROR_VARIABLE err)
@@ -20,11 +21,19 @@ if(FC)
 else()
   set(with_fortran OFF)
 endif()
+if(MPI)
+  list(APPEND hosts consumer_mpi)
+  set(ENV{OMPI_ALLOW_RUN_AS_ROOT} 1)
+  set(ENV{OMPI_ALLOW_RUN_AS_ROOT_CONFIRM} 1)
+else()
+  set(MPI OFF)
+endif()
 
 # The CMake package.
 run(${CMAKE_COMMAND} -S ${CONSUMER_DIR} -B ${WORK_DIR}/consumer -G ${GENERATOR}
     -DCMAKE_BUILD_TYPE=Release -DCMAKE_PREFIX_PATH=${prefix} -DCMAKE_CXX_COMPILER=${CXX}
-    -DCMAKE_C_COMPILER=${CC} -DCMAKE_Fortran_COMPILER=${FC} -DWITH_FORTRAN=${with_fortran})
+    -DCMAKE_C_COMPILER=${CC} -DCMAKE_Fortran_COMPILER=${FC} -DWITH_FORTRAN=${with_fortran}
+    -DWITH_MPI=${MPI})
 run(${CMAKE_COMMAND} --build ${WORK_DIR}/consumer)
 foreach(host IN LISTS hosts)
   run(${WORK_DIR}/consumer/${host})
@@ -60,6 +69,9 @@ consume(consumer dovwriter ${CXX} consumer.cpp -std=c++17)
 consume(consumer_c dovwriter ${CC} consumer.c -std=c99)
 if(FC)
   consume(consumer_fortran dovwriter-fortran ${FC} consumer.f90)
+endif()
+if(MPI)
+  consume(consumer_mpi dovwriter-mpi ${CXX} consumer_mpi.cpp -std=c++17)
 endif()
 
 # The installed tool finds the installed library by itself.

@@ -42,6 +42,19 @@ extern const std::string ResourcesStream;         // "Resources"
 extern const std::string GlobalInformationStream; // "Global Information"
 extern const std::string ViewPointsStream;        // "View Points"
 
+// Where the entries and datasets of one part stand in a file that several
+// writers make together, each from a tree of its own: the first part's
+// root is the file's root, and every part's top-level entries become its
+// children, in part order.
+struct PartPlacement {
+  std::uint32_t entryShift = 0;   // added to every id but the root's
+  std::uint64_t heavyShift = 0;   // added to every offset into "Heavy Data"
+  std::uint32_t previousTop = 0;  // the last top-level entry of the parts in front; 0: none
+  std::uint32_t nextTop = 0;      // the first top-level entry of the parts behind; 0: none
+  std::uint32_t firstTop = 0;     // the root's first and last children in the whole file
+  std::uint32_t lastTop = 0;
+};
+
 class Tree : public KelAdt::Tree<Node*> {
  public:
   Tree();
@@ -76,6 +89,19 @@ class Tree : public KelAdt::Tree<Node*> {
   // closes the file.
   void Save(KelTmf::TmFile& file, const std::string& comment);
   void SaveTree(KelTmf::TmFile& file);
+  // What Save does after SaveTree: global information, all blocks, index.
+  void FinishSave(KelTmf::TmFile& file, const std::string& comment);
+  // The records of the entries (without the root's unless `withRoot`) and
+  // their contents, with `lightShift` added to their offsets into "Light
+  // Data": the part of the tree streams that follows the parts in front.
+  void SaveEntries(KelTmf::TmFile& file, std::uint64_t lightShift, bool withRoot);
+  // Renumbers the entries and moves the dataset offsets to where `placement`
+  // puts this part; links between entries of the part stay right.
+  void RelocatePart(const PartPlacement& placement);
+  // The first and last children of the root; 0 where it has none.
+  std::uint32_t FirstTop() { return (*this)[RootId].firstChild; }
+  std::uint32_t LastTop() { return (*this)[RootId].lastChild; }
+  static constexpr std::uint32_t RootId = 1;
   void SaveGlobalInfo(KelTmf::TmFile& file, const std::string& comment);
 
   // Dates the file at `time` (seconds since 1970) instead of the moment

@@ -70,6 +70,10 @@ void Tree::SetStreamFile(const std::string& path, bool overwrite) {
 
 void Tree::Save(KelTmf::TmFile& file, const std::string& comment) {
   SaveTree(file);
+  FinishSave(file, comment);
+}
+
+void Tree::FinishSave(KelTmf::TmFile& file, const std::string& comment) {
   SaveGlobalInfo(file, comment);
   for (const std::string* name : {&HeavyDataStream, &DovTreeStream, &LightDataStream,
                                   &AttributesStream, &ResourcesStream, &GlobalInformationStream,
@@ -83,20 +87,26 @@ void Tree::SaveTree(KelTmf::TmFile& file) {
   KEL_LOG(1000, "KelDov::Tree::SaveTree", "Saving dov tree ... ");
   KelTmf::Index& index = file.index;
   index.Put(DovTreeStream, static_cast<std::uint32_t>(entries.size()));
+  SaveEntries(file, 0, true);
+  KEL_LOG(1000, "KelDov::Tree::SaveTree", "Dov tree saved. ");
+}
+
+void Tree::SaveEntries(KelTmf::TmFile& file, std::uint64_t lightShift, bool withRoot) {
+  KelTmf::Index& index = file.index;
   // Entry by entry, each node's content right after its record: this walk
   // is what keeps "Attributes" and "Resources", which carry no offsets, in
   // step with the tree.
   for (const auto& item : entries) {
     const Entry& entry = item.second;
+    if (!withRoot && entry.id == RootId) continue;
     const Node* node = entry.value;
     PutTreeLinks(index, entry);
     index.Put(DovTreeStream, node ? node->name : std::string());
     index.Put(DovTreeStream, node ? node->TypeName() : std::string());
     index.Put(DovTreeStream, node ? node->Version() : std::string());
-    index.Put(DovTreeStream, index.GetStreamLength(LightDataStream));
+    index.Put(DovTreeStream, lightShift + index.GetStreamLength(LightDataStream));
     if (node) PutNodeContent(file, *node);
   }
-  KEL_LOG(1000, "KelDov::Tree::SaveTree", "Dov tree saved. ");
 }
 
 void Tree::SaveGlobalInfo(KelTmf::TmFile& file, const std::string& comment) {

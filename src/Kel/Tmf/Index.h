@@ -137,6 +137,20 @@ class Index {
   // Told of every data block once it is in the file, with its plain length:
   // how a long write reports its progress. Index blocks are not reported.
   std::function<void(const BlockRecord& record, std::uint32_t plainLength)> blockWritten;
+  // Set before StartParallel, the blocks that the pipeline finishes are
+  // handed here in number order instead of being written: a part of a file
+  // that several processes write keeps its blocks until their places in
+  // the file are known. The block's bytes are valid during the call only.
+  std::function<void(const FinishedBlock& block)> keepFinished;
+  // Sends the open last block of `name` (marked compressed) to the pipeline
+  // and returns once every block given is finished.
+  void FinishStream(const std::string& name);
+  // Enters a block of `name` that was written by someone else: it takes the
+  // number a put would give it, and its place by the position rule.
+  std::uint64_t AdoptWrittenBlock(const std::string& name, std::uint32_t plainLength,
+                                  std::uint32_t size, std::uint8_t flags);
+  // The plain bytes of a stream whose blocks are all still in memory.
+  std::vector<unsigned char> HeldStreamBytes(const std::string& name);
 
   // Off, every put is held in its block until the block is written: the
   // plain path, which the compressing one must match byte for byte.

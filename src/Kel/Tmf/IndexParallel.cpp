@@ -18,7 +18,10 @@ const char* const WriteBufferMethod = "KelTmf::Index::WriteBufferToFileStream";
 
 void Index::StartParallel(unsigned threads, const BlockCoding& coding, std::FILE* stream) {
   parallel.reset(new BlockPipeline(threads, coding, [this, stream](const FinishedBlock& block) {
-    WriteFinished(block, stream);
+    if (keepFinished)
+      keepFinished(block);
+    else
+      WriteFinished(block, stream);
   }));
 }
 
@@ -27,6 +30,45 @@ void Index::StopParallel() { parallel.reset(); }
 void Index::CutEvenly(const std::string& name, std::uint32_t blockBytes) {
   evenStream = name;
   evenBlockBytes = blockBytes;
+}
+
+void Index::FinishStream(const std::string& name) {
+  // Only the pipeline can take a block without a file to write it to.
+  if (parallel == nullptr) KEL_RAISE_CODE(14, "KelTmf::Index::FinishStream");
+  auto found = limiters.find(name);
+  if (found != limiters.end() && !found->second.blocks.empty()) {
+    const std::uint64_t last = found->second.blocks.back();
+    if (!records[last].frozen && !blocks[last].ContentsReleased()) {
+      records[last].flags |= BlockFlagCompress;
+      WriteOrSubmit(last, nullptr);
+    }
+  }
+  parallel->Drain();
+}
+
+std::uint64_t Index::AdoptWrittenBlock(const std::string& name, std::uint32_t plainLength,
+                                       std::uint32_t size, std::uint8_t flags) {
+  const std::uint64_t number = AddBlock(name);
+  BlockRecord& record = records[number];
+  record.flags = flags;
+  record.size = size;
+  record.plainLength = plainLength;
+  // Written already: the final write of all blocks passes it by.
+  record.frozen = true;
+  record.position = BlockPosition(number);
+  return number;
+}
+
+std::vector<unsigned char> Index::HeldStreamBytes(const std::string& name) {
+  std::vector<unsigned char> bytes;
+  auto found = limiters.find(name);
+  if (found == limiters.end()) return bytes;
+  for (std::uint64_t number : found->second.blocks) {
+    const Block& block = blocks[number];
+    if (block.ContentsReleased()) KEL_RAISE_CODE(3, "KelTmf::Index::HeldStreamBytes");
+    if (block.data != nullptr) bytes.insert(bytes.end(), block.data, block.data + block.length);
+  }
+  return bytes;
 }
 
 void Index::ProvideBuffer(std::uint64_t number, std::uint64_t plainBytes) {

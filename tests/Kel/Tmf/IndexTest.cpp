@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "Kel/Tmf/BlockPlaces.h"
 #include "Kel/Tmf/Index.h"
 #include "TmfTestSupport.h"
 
@@ -109,4 +110,20 @@ TEST(IndexPuts, APutThatWouldCarryABlockPastWhatItCanHoldStartsANewOne) {
   TmfTest::ExpectFailure([&] { index.Put("T", std::string(97, 'b')); }, 1,
                          "Value too large: a block holds less than 4 GiB");
   EXPECT_EQ(index.limiters.count("T"), 0u);
+}
+
+// Blocks written by others take the numbers and places of the position rule,
+// and each writer finds the same place knowing only what lies in front of it.
+TEST(IndexAdoption, AdoptedBlocksLieWhereEachWriterPlacesItsOwn) {
+  Index index;
+  std::uint64_t stored = 0;
+  for (std::uint64_t block = 0; block < 450; ++block) {
+    const std::uint32_t size = 100 + static_cast<std::uint32_t>(block * 37 % 1000);
+    const std::uint64_t number = index.AdoptWrittenBlock("S", 4096, size, 33);
+    ASSERT_EQ(index.records[number].position, KelTmf::DataBlockPosition(block, stored)) << block;
+    ASSERT_TRUE(index.records[number].frozen);
+    stored += size;
+  }
+  EXPECT_EQ(index.GetStreamLength("S"), 450u * 4096);
+  EXPECT_EQ(index.GetBlockSizeLimiter(KelTmf::IndexBlockName).blocks, (Numbers{19, 219, 419}));
 }

@@ -1,0 +1,178 @@
+#include "Mpi/MpiGroup.h"
+
+#include <algorithm>
+#include <chrono>
+#include <climits>
+#include <thread>
+
+#include <DovWriter/Exception.h>
+
+namespace Kel {
+namespace Dov {
+
+namespace {
+
+// MPI counts are ints: larger messages go in pieces.
+const std::uint64_t LargestPiece = INT_MAX;
+
+// Waits for `request` without holding a processor. The ranks of a machine
+// share its cores with their compressing threads; a rank that waits for a
+// slower one would otherwise spin on a core that the slower one needs.
+void WaitAsleep(MPI_Request& request) {
+  for (int done = 0;;) {
+    MPI_Test(&request, &done, MPI_STATUS_IGNORE);
+    if (done) return;
+    std::this_thread::sleep_for(std::chrono::microseconds(200));
+  }
+}
+
+int PieceCount(std::uint64_t left) { return static_cast<int>(std::min(left, LargestPiece)); }
+
+void SendInPieces(const unsigned char* bytes, std::uint64_t count, int to, MPI_Comm comm) {
+  for (std::uint64_t done = 0; done < count; done += LargestPiece)
+    MPI_Send(bytes + done, PieceCount(count - done), MPI_BYTE, to, 0, comm);
+}
+
+void ReceiveInPieces(unsigned char* bytes, std::uint64_t count, int from, MPI_Comm comm) {
+  for (std::uint64_t done = 0; done < count; done += LargestPiece)
+    MPI_Recv(bytes + done, PieceCount(count - done), MPI_BYTE, from, 0, comm, MPI_STATUS_IGNORE);
+}
+
+std::string ErrorText(int code) {
+  if (code == MPI_SUCCESS) return std::string();
+  char text[MPI_MAX_ERROR_STRING];
+  int length = 0;
+  MPI_Error_string(code, text, &length);
+  return std::string(text, length);
+}
+
+}  // namespace
+
+MpiGroup::MpiGroup(MPI_Comm from) {
+  int initialized = 0;
+  MPI_Initialized(&initialized);
+  if (!initialized)
+    throw Kel::Util::Exception(19, "Scene_V2Mpi before MPI_Init", __FILE__, __LINE__,
+                               "Kel::Dov::Scene_V2Mpi::Scene_V2Mpi");
+  MPI_Comm_dup(from, &comm);
+  MPI_Comm_rank(comm, &myRank);
+  MPI_Comm_size(comm, &ranks);
+}
+
+MpiGroup::~MpiGroup() {
+  int finalized = 0;
+  MPI_Finalized(&finalized);
+  if (!finalized) MPI_Comm_free(&comm);
+}
+
+void MpiGroup::sumOverLower(std::uint64_t* values, int count) {
+  const std::vector<std::uint64_t> own(values, values + count);
+  MPI_Request request;
+  MPI_Iexscan(own.data(), values, count, MPI_UINT64_T, MPI_SUM, comm, &request);
+  WaitAsleep(request);
+  // MPI leaves rank 0's result undefined.
+  if (myRank == 0) std::fill(values, values + count, 0);
+}
+
+std::vector<std::uint64_t> MpiGroup::gatherAll(const std::uint64_t* values, int count) {
+  std::vector<std::uint64_t> all(static_cast<std::size_t>(count) * ranks);
+  MPI_Request request;
+  MPI_Iallgather(values, count, MPI_UINT64_T, all.data(), count, MPI_UINT64_T, comm, &request);
+  WaitAsleep(request);
+  return all;
+}
+
+std::vector<unsigned char> MpiGroup::gatherAtFirst(const std::vector<unsigned char>& bytes) {
+  // Sizes first, then each rank's bytes in turn: rank 0 takes them in rank
+  // order, and no count or displacement has to fit an int.
+  const std::uint64_t size = bytes.size();
+  std::vector<std::uint64_t> sizes(myRank == 0 ? ranks : 0);
+  MPI_Request request;
+  MPI_Igather(&size, 1, MPI_UINT64_T, sizes.data(), 1, MPI_UINT64_T, 0, comm, &request);
+  WaitAsleep(request);
+  if (myRank != 0) {
+    SendInPieces(bytes.data(), size, 0, comm);
+    return std::vector<unsigned char>();
+  }
+  std::uint64_t total = 0;
+  for (std::uint64_t part : sizes) total += part;
+  std::vector<unsigned char> all(total);
+  std::copy(bytes.begin(), bytes.end(), all.begin());
+  std::uint64_t at = size;
+  for (int from = 1; from < ranks; ++from) {
+    ReceiveInPieces(all.data() + at, sizes[from], from, comm);
+    at += sizes[from];
+  }
+  return all;
+}
+
+void MpiGroup::broadcast(std::vector<unsigned char>& bytes, int from) {
+  std::uint64_t size = bytes.size();
+  MPI_Request request;
+  MPI_Ibcast(&size, 1, MPI_UINT64_T, from, comm, &request);
+  WaitAsleep(request);
+  bytes.resize(size);
+  for (std::uint64_t done = 0; done < size; done += LargestPiece)
+    MPI_Bcast(bytes.data() + done, PieceCount(size - done), MPI_BYTE, from, comm);
+}
+
+std::string MpiGroup::agreed(const std::string& failure) {
+  std::uint64_t failed = failure.empty() ? 0 : 1;
+  const std::vector<std::uint64_t> flags = gatherAll(&failed, 1);
+  const int first = static_cast<int>(std::find(flags.begin(), flags.end(), 1u) - flags.begin());
+  if (first == ranks) return std::string();
+  std::vector<unsigned char> text(failure.begin(), failure.end());
+  broadcast(text, first);
+  return "rank " + std::to_string(first) + ": " + std::string(text.begin(), text.end());
+}
+
+std::string MpiGroup::writeShared(const char* path, const std::vector<Piece>& pieces) {
+  std::string failure;
+  for (const Piece& piece : pieces)
+    if (piece.count > LargestPiece) failure = "a block of 2 GiB or more";
+  MPI_File file = MPI_FILE_NULL;
+  // Files report failures to the caller (MPI's default for files); every
+  // step is agreed on before the next collective one, so that no rank
+  // waits for one that has given up.
+  if (failure.empty())
+    failure = ErrorText(MPI_File_open(comm, path, MPI_MODE_WRONLY, MPI_INFO_NULL, &file));
+  failure = agreed(failure);
+  if (!failure.empty()) {
+    if (file != MPI_FILE_NULL) MPI_File_close(&file);
+    return failure;
+  }
+  failure = agreed(writePieces(file, pieces));
+  const std::string closing = agreed(ErrorText(MPI_File_close(&file)));
+  return failure.empty() ? closing : failure;
+}
+
+std::string MpiGroup::writePieces(MPI_File file, const std::vector<Piece>& pieces) {
+  // One type for where the pieces go in the file and one for where they lie
+  // in memory: a single collective write takes them all.
+  const int count = static_cast<int>(pieces.size());
+  std::vector<int> lengths(count);
+  std::vector<MPI_Aint> places(count), addresses(count);
+  for (int i = 0; i < count; ++i) {
+    lengths[i] = static_cast<int>(pieces[i].count);
+    places[i] = static_cast<MPI_Aint>(pieces[i].position);
+    MPI_Get_address(pieces[i].bytes, &addresses[i]);
+  }
+  MPI_Datatype inFile, inMemory;
+  MPI_Type_create_hindexed(count, lengths.data(), places.data(), MPI_BYTE, &inFile);
+  MPI_Type_create_hindexed(count, lengths.data(), addresses.data(), MPI_BYTE, &inMemory);
+  MPI_Type_commit(&inFile);
+  MPI_Type_commit(&inMemory);
+  char native[] = "native";
+  std::string failure =
+      ErrorText(MPI_File_set_view(file, 0, MPI_BYTE, inFile, native, MPI_INFO_NULL));
+  MPI_Status status;
+  const int code = MPI_File_write_all(file, failure.empty() ? MPI_BOTTOM : nullptr,
+                                      failure.empty() ? 1 : 0, inMemory, &status);
+  if (failure.empty()) failure = ErrorText(code);
+  MPI_Type_free(&inFile);
+  MPI_Type_free(&inMemory);
+  return failure;
+}
+
+}  // namespace Dov
+}  // namespace Kel
