@@ -74,8 +74,8 @@ std::vector<unsigned char> Index::HeldStreamBytes(const std::string& name) {
 void Index::ProvideBuffer(std::uint64_t number, std::uint64_t plainBytes) {
   Block& block = blocks[number];
   if (block.data != nullptr || block.length != 0) return;
-  // Room for a full block: an exact fit counts as full, hence one more byte.
-  // A last put that carries the block beyond grows the buffer as usual.
+  // Room for `plainBytes`: an exact fit counts as full, hence one more
+  // byte. A put that carries the block beyond grows the buffer as usual.
   Buffer buffer = parallel->TakeBuffer(plainBytes + 1);
   block.capacity = buffer.capacity();
   block.data = buffer.Release();
