@@ -388,20 +388,22 @@ class Interpreter {
     });
   }
 
+  // The scene takes the path of every saveTo, even of one that fails because
+  // a file is open already: a closeFile finishes that open file only while
+  // the path last given is the one it was opened with.
   void SaveTo() {
     switch (Byte() % 4) {
       case 0:
-      case 1:
-        scene.saveTo(path.c_str(), nullptr, false, true);
-        saved = true;
-        break;
-      case 2:
-        scene.saveTo(path.c_str(), nullptr, false, false);
-        saved = true;
-        break;
-      default:
-        scene.saveTo(std::filesystem::path(path).parent_path().c_str(), nullptr, false, true);
+      case 1: Save(path, true); break;
+      case 2: Save(path, false); break;
+      default: Save(std::filesystem::path(path).parent_path().string(), true);
     }
+  }
+
+  void Save(const std::string& target, bool overwrite) {
+    named = target == path;
+    scene.saveTo(target.c_str(), nullptr, false, overwrite);
+    opened = true;
   }
 
   void CloseFile() {
@@ -410,9 +412,9 @@ class Interpreter {
       return;
     }
     scene.closeFile(path.c_str());
-    // Without a saveTo of this path, closeFile is called with another path
-    // than the scene's, and does nothing.
-    if (!saved) return;
+    // Unless the scene's file is open under this path, closeFile is called
+    // with another path than the scene's, and does nothing.
+    if (!opened || !named) return;
     ++finished;
     CheckFile();
   }
@@ -442,7 +444,8 @@ class Interpreter {
   Scene_V1 scene;
   std::vector<Identifier> objects;
   std::unordered_set<std::uint32_t> recorded;
-  bool saved = false;
+  bool opened = false;  // some saveTo opened the file
+  bool named = false;   // the path last given to saveTo is `path`
   int finished = 0;
 };
 
