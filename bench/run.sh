@@ -39,7 +39,7 @@ mpi() {
   shift
   build
   [ "$(id -u)" -eq 0 ] && root_flag=(--allow-run-as-root)
-  mpirun -np "$ranks" --oversubscribe "${root_flag[@]}" "$out/bench/dovbench_mpi" \
+  mpirun -np "$ranks" --bind-to none --oversubscribe "${root_flag[@]}" "$out/bench/dovbench_mpi" \
     --dir "${DOVBENCH_DIR:-/tmp/dovbench}" "$@" | tee "$out/dovbench_mpi.txt"
 }
 
