@@ -13,21 +13,6 @@ namespace {
 const char* const SaveToMethod = "Kel::Dov::ObjectManager::saveTo";
 const char* const CloseFileMethod = "Kel::Dov::ObjectManager::closeFile";
 
-// The threads of a parallel write live from the start of building to the
-// end of closeFile, however it ends.
-class ParallelWrite {
- public:
-  explicit ParallelWrite(ObjectManager& scene) : index(scene.GetFile().index) {
-    scene.startParallelWrite();
-  }
-  ~ParallelWrite() { index.StopParallel(); }
-  ParallelWrite(const ParallelWrite&) = delete;
-  ParallelWrite& operator=(const ParallelWrite&) = delete;
-
- private:
-  KelTmf::Index& index;
-};
-
 }  // namespace
 
 void ObjectManager::saveTo(const char* path, bool overwrite) {
@@ -65,24 +50,35 @@ void ObjectManager::closeFile(const std::string& path) {
     return;
   }
   refuseCloseInState();
-  checkSceneForClose();
-  // Warnings and the first progress record come while the file still holds
-  // only its head: a handler that stops closeFile() here leaves a scene
-  // that can be closed again.
-  CloseProgress progress(*this, warnBeforeClose());
-
-  // From here on a failure leaves a partly built tree and a partly written
-  // file behind; a later closeFile() must not build on top of them.
-  fileState = FileState::Building;
+  const std::unique_ptr<CloseProgress> progress = beginBuilding();
   const ParallelWrite parallel(*this);
   explainingFailures("closeFile", false, [&] {
     buildTree();
     Save(file, std::string());
   });
+  endClose(*progress);
+}
+
+std::unique_ptr<CloseProgress> ObjectManager::beginBuilding() {
+  checkSceneForClose();
+  std::unique_ptr<CloseProgress> progress(new CloseProgress(*this, warnBeforeClose()));
+  // From here on a failure leaves a partly built tree and a partly written
+  // file behind; a later closeFile() must not build on top of them.
+  fileState = FileState::Building;
+  return progress;
+}
+
+void ObjectManager::endClose(CloseProgress& progress) {
   sharedDatasets.clear();
   fileState = FileState::Finished;
   progress.finish();
 }
+
+ObjectManager::ParallelWrite::ParallelWrite(ObjectManager& scene) : index(scene.GetFile().index) {
+  scene.startParallelWrite();
+}
+
+ObjectManager::ParallelWrite::~ParallelWrite() { index.StopParallel(); }
 
 void ObjectManager::refuseCloseInState() const {
   switch (fileState) {

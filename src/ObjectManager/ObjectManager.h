@@ -237,6 +237,25 @@ class ObjectManager : public KelDov::Tree {
   friend class PartClose;
 
   void refuseCloseInState() const;
+  // The steps of every closeFile once the file and the root are in order:
+  // the check, then the warnings and the first progress record while the
+  // file still holds only its head (a handler that stops here leaves a
+  // scene that can be closed again), then the state of a build begun.
+  std::unique_ptr<CloseProgress> beginBuilding();
+  // The file is complete: the scene can build no other.
+  void endClose(CloseProgress& progress);
+  // The threads of a parallel write live as long as this, however the
+  // build ends.
+  class ParallelWrite {
+   public:
+    explicit ParallelWrite(ObjectManager& scene);
+    ~ParallelWrite();
+    ParallelWrite(const ParallelWrite&) = delete;
+    ParallelWrite& operator=(const ParallelWrite&) = delete;
+
+   private:
+    KelTmf::Index& index;
+  };
   // The walk from the root, as a loop over buildSteps.
   void buildTree();
   // Pushes a step; the last pushed runs first.

@@ -171,9 +171,7 @@ class PartClose {
         scene.explainingFailures("closeFile", false,
                                  [&] { scene.FinishSave(shared, std::string()); });
     });
-    scene.sharedDatasets.clear();
-    scene.fileState = ObjectManager::FileState::Finished;
-    progress->finish();
+    scene.endClose(*progress);
   }
 
  private:
@@ -184,22 +182,16 @@ class PartClose {
     if (scene.options.encoding != Encoding::Fast)
       KEL_RAISE(16, "closeFile: a file written by several processes takes the Fast encoding "
                     "only (setWriteOptions)", CloseFileMethod);
-    scene.checkSceneForClose();
-    progress.reset(new CloseProgress(scene, scene.warnBeforeClose()));
-    scene.fileState = ObjectManager::FileState::Building;
+    progress = scene.beginBuilding();
     KelTmf::Index& index = scene.GetFile().index;
     index.keepFinished = [&](const KelTmf::FinishedBlock& block) { keep(index, block); };
-    scene.startParallelWrite();
-    try {
+    {
+      const ObjectManager::ParallelWrite parallel(scene);
       scene.explainingFailures("closeFile", false, [&] {
         scene.buildTree();
         index.FinishStream(KelDov::HeavyDataStream);
       });
-    } catch (...) {
-      index.StopParallel();
-      throw;
     }
-    index.StopParallel();
     KelTmf::TmFile scratch;
     scene.SaveEntries(scratch, 0, first);
     counts[Entries] = scene.size() - 1;
