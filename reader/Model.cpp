@@ -75,8 +75,8 @@ std::size_t Model::Position(std::uint32_t id) const {
 
 const ModelNode& Model::Node(std::uint32_t id) const { return nodes_[Position(id)]; }
 
-// Nodes are made in ascending id order, and a parent must come before its
-// children (the writer makes it first), so every path is finite.
+// Nodes are made in ascending id order. Reading the scene refused any entry
+// whose parent does not come before it, so every parent is made first.
 void Model::BuildNodes() {
   for (const TreeRecord& record : scene_.Records()) {
     ModelNode node;
@@ -85,12 +85,7 @@ void Model::BuildNodes() {
     node.name = record.name;
     node.parent = record.parent;
     node.path = record.name;
-    if (record.parent != 0) {
-      if (record.parent >= record.id)
-        throw ReadError("entry " + std::to_string(record.id) + " has the parent " +
-                        std::to_string(record.parent) + ", which does not come before it");
-      Inherit(Node(record.parent), node);
-    }
+    if (record.parent != 0) Inherit(Node(record.parent), node);
     ApplyContent(record, node);
     nodes_.push_back(node);
     if (record.parent != 0) nodes_[Position(record.parent)].children.push_back(node.id);

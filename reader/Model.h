@@ -131,9 +131,10 @@ class Model {
   // One variable's values as 32-bit words (floats by their bits).
   std::vector<std::uint32_t> Values(std::uint32_t entryId, int index);
   PointSet ReadPoints(const ModelPiece& piece, int step);
-  // The cells of every geometry of the piece, or of the one at `position`.
+  // The cells of every geometry of the piece, or of those at `positions`,
+  // one geometry after the other.
   CellSet ReadCells(const ModelPiece& piece, int step, const PointSet& points, CellRule rule);
-  CellSet ReadCells(const ModelPiece& piece, std::size_t position, int step,
+  CellSet ReadCells(const ModelPiece& piece, const std::vector<std::size_t>& positions, int step,
                     const PointSet& points, CellRule rule);
   // The results of the piece at a step, each name once, from the first
   // geometry that has it.

@@ -83,10 +83,10 @@ CellSet Model::ReadCells(const ModelPiece& piece, int step, const PointSet& poin
   return cells;
 }
 
-CellSet Model::ReadCells(const ModelPiece& piece, std::size_t position, int step,
-                         const PointSet& points, CellRule rule) {
+CellSet Model::ReadCells(const ModelPiece& piece, const std::vector<std::size_t>& positions,
+                         int step, const PointSet& points, CellRule rule) {
   CellSet cells;
-  AppendCells(piece, position, step, points, rule, cells);
+  for (std::size_t position : positions) AppendCells(piece, position, step, points, rule, cells);
   return cells;
 }
 

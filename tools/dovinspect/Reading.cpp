@@ -74,14 +74,7 @@ std::vector<GeometryInfo> ModelFile::Geometries() const {
 }
 
 std::vector<std::uint32_t> ModelFile::Words(std::uint32_t entryId, std::size_t variableIndex) {
-  const DovReader::Variable& holder =
-      scene_.ResolveVariable(entryId, static_cast<std::uint32_t>(variableIndex));
-  if (holder.byteSize % 4 != 0) {
-    throw ToolError("variable '" + holder.name + "' has a byte size that is no multiple of 4");
-  }
-  std::vector<unsigned char> bytes =
-      container_.ReadStreamRange("Heavy Data", holder.offset, holder.byteSize);
-  return DovReader::DecodeDataset(bytes.data(), holder.byteSize, holder.width);
+  return scene_.ReadValues(entryId, static_cast<std::uint32_t>(variableIndex));
 }
 
 std::vector<GeometryInfo> SelectGeometries(const std::vector<GeometryInfo>& all,

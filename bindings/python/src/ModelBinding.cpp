@@ -51,25 +51,6 @@ const char* AssociationName(DovReader::Association association) {
   return nullptr;
 }
 
-// The cells of the chosen element sets of a piece, one after the other.
-DovReader::CellSet ChosenCells(DovReader::Model& model, const DovReader::ModelPiece& piece,
-                               const std::vector<std::size_t>& positions, int step,
-                               const DovReader::PointSet& points) {
-  DovReader::CellSet all;
-  for (std::size_t position : positions) {
-    DovReader::CellSet cells =
-        model.ReadCells(piece, position, step, points, DovReader::CellRule::ByShape);
-    const auto base = static_cast<std::int64_t>(all.connectivity.size());
-    all.connectivity.insert(all.connectivity.end(), cells.connectivity.begin(),
-                            cells.connectivity.end());
-    for (std::int64_t end : cells.offsets) all.offsets.push_back(base + end);
-    all.types.insert(all.types.end(), cells.types.begin(), cells.types.end());
-    all.geometry.insert(all.geometry.end(), cells.geometry.begin(), cells.geometry.end());
-    all.warnings.insert(all.warnings.end(), cells.warnings.begin(), cells.warnings.end());
-  }
-  return all;
-}
-
 class Model {
  public:
   explicit Model(py::handle path)
@@ -155,7 +136,8 @@ class Model {
     DovReader::Model& model = Open();
     const DovReader::ModelPiece& piece = model.Pieces().at(index);
     DovReader::PointSet points = model.ReadPoints(piece, step);
-    DovReader::CellSet cells = ChosenCells(model, piece, positions, step, points);
+    DovReader::CellSet cells =
+        model.ReadCells(piece, positions, step, points, DovReader::CellRule::ByShape);
     py::list warnings;
     for (const auto* list : {&points.warnings, &cells.warnings})
       for (const std::string& warning : *list) warnings.append(Text(piece.path + ": " + warning));

@@ -267,7 +267,7 @@ void vtkDovReader::AddPiece(const ModelPiece& piece, int step, vtkMultiBlockData
     const DovReader::ModelNode& node = model.Node(piece.geometries[position]);
     vtkNew<vtkUnstructuredGrid> grid;
     try {
-      const DovReader::CellSet cells = model.ReadCells(piece, position, step, points, rule);
+      const DovReader::CellSet cells = model.ReadCells(piece, {position}, step, points, rule);
       this->Warn(cells.warnings);
       grid->SetPoints(shared);
       SetCells(grid, cells);
