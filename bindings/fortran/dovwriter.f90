@@ -20,7 +20,7 @@ module dovwriter
   implicit none
   ! Everything is public but the helpers this module is built with and the
   ! specific procedures behind the generic names.
-  private :: check, fail, c_string, f_string, send_array, send_indices, c_array_function
+  private :: check, fail, c_string, f_string, send_array, known_base, index_limit, c_array_function
   include 'dovwriter_declarations.inc'
 
 contains

@@ -11,7 +11,7 @@ module dovwriter_base
   public :: dov_library_version
   public :: dov_set_dimension
   ! For module dovwriter only.
-  public :: check, fail, c_string, f_string, send_array, send_indices, c_array_function
+  public :: check, fail, c_string, f_string, send_array, known_base, index_limit, c_array_function
 
   ! A scene, made by dov_scene_create and freed by dov_scene_free.
   type :: dov_scene
@@ -90,7 +90,10 @@ module dovwriter_base
       integer(c_int8_t), value :: dimension
     end function
   end interface
-  procedure(c_array_function), bind(c, name="dov_set_values_u32") :: c_set_values_u32
+
+  ! Node and cell numbers must fit below this once their base is taken off:
+  ! the library reads them as unsigned 32-bit numbers.
+  integer(c_int64_t), parameter :: index_limit = 4294967296_c_int64_t
 
   ! A failure found by this module before the library was called. It is
   ! the last failure until the library reports one.
@@ -223,31 +226,16 @@ contains
     call check(c_call(scene%handle, array, address, elements / width), stat)
   end subroutine
 
-  ! Node and cell numbers as the library reads them: unsigned 32-bit, from
-  ! 0. With base 1 each number is made one less while it is copied.
-  subroutine send_indices(scene, array, width, values, base, stat)
-    type(dov_scene), intent(in) :: scene
-    type(dov_id), intent(in) :: array
-    integer, intent(in) :: width
-    integer(c_int64_t), intent(in) :: values(:)
+  ! Where the host counts node and cell numbers from: 0 without `base`, or
+  ! `base` 1. Any other base is refused, and the result is .false.
+  logical function known_base(base, first, stat)
     integer, intent(in), optional :: base
+    integer(c_int64_t), intent(out) :: first
     integer, intent(out), optional :: stat
-    integer(c_int64_t), parameter :: limit = 4294967296_c_int64_t
-    integer(c_int32_t), allocatable, target :: indices(:)
-    integer(c_int64_t) :: first
     first = 0
     if (present(base)) first = base
-    if (first /= 0 .and. first /= 1) then
-      call fail(DOV_ERROR_MISCELLANEOUS, 'base must be 0 or 1', stat)
-      return
-    end if
-    if (any(values - first < 0 .or. values - first >= limit)) then
-      call fail(DOV_ERROR_MISCELLANEOUS, 'a node or cell number lies outside 0..2**32-1 from the base', stat)
-      return
-    end if
-    ! Numbers from 2**31 on have the high bit set, as unsigned numbers do.
-    indices = int(merge(values - first - limit, values - first, values - first >= limit / 2), c_int32_t)
-    call send_array(scene, array, width, size(values, kind=c_int64_t), c_loc(indices), c_set_values_u32, stat)
-  end subroutine
+    known_base = first == 0 .or. first == 1
+    if (.not. known_base) call fail(DOV_ERROR_MISCELLANEOUS, 'base must be 0 or 1', stat)
+  end function
 
 end module
