@@ -82,15 +82,13 @@ Timing WriteByAllRanks(const ModelShape& whole, const std::string& path, const O
   MPI_Comm_rank(MPI_COMM_WORLD, &rank);
   MPI_Comm_size(MPI_COMM_WORLD, &ranks);
   const ModelShape slab = SliceModel(whole, rank, ranks);
+  const OursMode mode = MakeOursMode("mpi", options.threadsPerRank, true, true);
   WaitAsleep();
   Stopwatch watch;
   {
     Kel::Dov::Scene_V2Mpi scene(MPI_COMM_WORLD, "Benchmark");
-    Kel::Dov::WriteOptions write;
-    write.threads = options.threadsPerRank;
-    write.encoding = Kel::Dov::Encoding::Fast;
-    scene.setWriteOptions(write);
-    SceneFeeder feeder(slab, true, scene, watch);  // keeps the lent arrays to the end
+    scene.setWriteOptions(WriteOptionsOf(mode));
+    SceneFeeder feeder(slab, mode.lend, scene, watch);  // keeps the lent arrays to the end
     feeder.Feed();
     // Arrays are made at different speeds on the ranks; the write starts
     // together, so that no rank's closeFile counts another's making.
@@ -146,11 +144,7 @@ int main(int argc, char** argv) {
   for (int run = 0; run < options.repeat; ++run) {
     KeepFastest(mpi, WriteByAllRanks(whole, mpiPath, options));
     if (rank == 0) {
-      OursMode mode;
-      std::snprintf(mode.name, sizeof mode.name, "fastN");
-      mode.threads = threads;
-      mode.fast = true;
-      mode.lend = true;
+      const OursMode mode = MakeOursMode("fastN", threads, true, true);
       KeepFastest(alone, Single(WriteOurs(whole, alonePath, mode)));
       if (options.hdf5) KeepFastest(hdf5, Single(WriteHdf5(whole, hdf5Path, Hdf5Options())));
     }

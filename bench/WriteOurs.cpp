@@ -1,5 +1,6 @@
 #include <DovWriter/DovWriter.h>
 
+#include <cstdio>
 #include <string>
 #include <utility>
 
@@ -9,16 +10,31 @@
 
 namespace bench {
 
+OursMode MakeOursMode(const char* name, unsigned threads, bool fast, bool lend,
+                      std::uint32_t blockBytes) {
+  OursMode mode;
+  std::snprintf(mode.name, sizeof mode.name, "%s", name);
+  mode.threads = threads;
+  mode.fast = fast;
+  mode.lend = lend;
+  mode.blockBytes = fast ? blockBytes : 0;
+  return mode;
+}
+
+Kel::Dov::WriteOptions WriteOptionsOf(const OursMode& mode) {
+  Kel::Dov::WriteOptions options;
+  options.threads = mode.threads;
+  options.encoding = mode.fast ? Kel::Dov::Encoding::Fast : Kel::Dov::Encoding::Exact;
+  options.blockBytes = mode.blockBytes;
+  return options;
+}
+
 WriteFigures WriteOurs(const ModelShape& shape, const std::string& path, const OursMode& mode) {
   Stopwatch watch;
   double handOver = 0;
   {
     Kel::Dov::Scene_V2 scene("Benchmark");
-    Kel::Dov::WriteOptions options;
-    options.threads = mode.threads;
-    options.encoding = mode.fast ? Kel::Dov::Encoding::Fast : Kel::Dov::Encoding::Exact;
-    options.blockBytes = mode.blockBytes;
-    scene.setWriteOptions(options);
+    scene.setWriteOptions(WriteOptionsOf(mode));
     SceneFeeder feeder(shape, mode.lend, scene, watch);
     feeder.Feed();
     handOver = watch.CpuSeconds();

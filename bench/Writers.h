@@ -4,6 +4,8 @@
 // The writers that the benchmark sets side by side, each handed the same
 // arrays of a synthetic model one at a time.
 
+#include <DovWriter/DovWriter.h>
+
 #include <cstdint>
 #include <string>
 
@@ -36,6 +38,11 @@ struct OursMode {
   bool lend = false;
   std::uint32_t blockBytes = 0;  // fast: 0 for the library's choice
 };
+
+// A mode by its parts; the block size counts for the fast encoding only.
+OursMode MakeOursMode(const char* name, unsigned threads, bool fast, bool lend,
+                      std::uint32_t blockBytes = 0);
+Kel::Dov::WriteOptions WriteOptionsOf(const OursMode& mode);
 
 // Through this library's public API, from the first setValues to the end of
 // closeFile. A copied array is freed by the caller as soon as the library

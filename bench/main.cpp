@@ -68,27 +68,17 @@ struct Options {
   std::string modes = "exact1copy,exact1,exactN,fast1,fastN";
 };
 
-OursMode Mode(const char* name, unsigned threads, bool fast, bool lend, std::uint32_t blockBytes) {
-  OursMode mode;
-  std::snprintf(mode.name, sizeof mode.name, "%s", name);
-  mode.threads = threads;
-  mode.fast = fast;
-  mode.lend = lend;
-  mode.blockBytes = fast ? blockBytes : 0;
-  return mode;
-}
-
 // The modes asked for; with `reference`, exact1copy first in any case, as
 // every row of the table is set against it.
 std::vector<OursMode> ChosenModes(const Options& options, bool reference) {
   const unsigned n = std::max(1u, options.threads);
   const std::string suffix = " x" + std::to_string(n);
   const std::vector<std::pair<std::string, OursMode>> all{
-      {"exact1copy", Mode("exact x1 copy", 1, false, false, 0)},
-      {"exact1", Mode("exact x1", 1, false, true, 0)},
-      {"exactN", Mode(("exact" + suffix).c_str(), n, false, true, 0)},
-      {"fast1", Mode("fast x1", 1, true, true, options.blockBytes)},
-      {"fastN", Mode(("fast" + suffix).c_str(), n, true, true, options.blockBytes)}};
+      {"exact1copy", MakeOursMode("exact x1 copy", 1, false, false)},
+      {"exact1", MakeOursMode("exact x1", 1, false, true)},
+      {"exactN", MakeOursMode(("exact" + suffix).c_str(), n, false, true)},
+      {"fast1", MakeOursMode("fast x1", 1, true, true, options.blockBytes)},
+      {"fastN", MakeOursMode(("fast" + suffix).c_str(), n, true, true, options.blockBytes)}};
   std::vector<OursMode> chosen;
   for (std::size_t m = 0; m < all.size(); ++m)
     if ((m == 0 && reference) ||

@@ -17,6 +17,7 @@
 
 #include "Commands.h"
 #include "FuzzSupport.h"
+#include "Kel/Util/Coding.h"
 #include "reader/Container.h"
 #include "reader/Scene.h"
 
@@ -25,6 +26,7 @@ namespace DovFuzz {
 namespace {
 
 using namespace Kel::Dov;
+using Kel::Util::FloatBits;
 
 const std::size_t kMaxObjects = 64;
 const std::size_t kMaxOperations = 400;
@@ -50,12 +52,6 @@ const float kFloatPool[] = {0.0f, 1.0f,  -1.0f, 0.5f,
 template <class T, std::size_t N>
 const T& Choose(const T (&list)[N], std::uint8_t byte) {
   return list[byte % N];
-}
-
-std::uint32_t FloatBits(float value) {
-  std::uint32_t bits;
-  std::memcpy(&bits, &value, sizeof bits);
-  return bits;
 }
 
 class Interpreter {

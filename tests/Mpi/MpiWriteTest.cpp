@@ -11,15 +11,15 @@
 #include <algorithm>
 #include <cstdlib>
 #include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <string>
 #include <vector>
 
+#include "../support/HostCalls.h"
 #include "reader/Container.h"
 #include "reader/Scene.h"
 
 using namespace Kel::Dov;
+using namespace testsupport;
 
 namespace {
 
@@ -40,23 +40,6 @@ std::string PathFor(const std::string& name) {
   const std::filesystem::path base = directory != nullptr ? directory : "/tmp/dovwriter-tests";
   std::filesystem::create_directories(base);
   return (base / (name + "-" + std::to_string(Ranks()) + ".dov")).string();
-}
-
-std::vector<unsigned char> Bytes(const std::string& path) {
-  std::ifstream in(path, std::ios::binary);
-  return std::vector<unsigned char>(std::istreambuf_iterator<char>(in), {});
-}
-
-template <class T>
-Identifier MakeArray(Scene_V2& scene, const std::vector<T>& values, unsigned char width,
-                     bool lend = false) {
-  const Identifier array = scene.createObject(ArrayObject);
-  scene.setDimension(array, width);
-  if (lend)
-    scene.lendValues(array, values.data(), values.size() / width);
-  else
-    scene.setValues(array, values.data(), values.size() / width);
-  return array;
 }
 
 // One rank's strip of a plate: a quad mesh with node ids, an element set and
@@ -88,20 +71,20 @@ struct Strip {
     const std::string suffix = " " + std::to_string(rank);
     const Identifier strip = scene.createObject(MeshObject);
     scene.setName(strip, ("Strip" + suffix).c_str());
-    const Identifier coordinates = MakeArray(scene, nodes, 3, true);
+    const Identifier coordinates = makeArray(scene, nodes, 3, true);
     scene.setCoordinates(strip, coordinates);
-    const Identifier cells = MakeArray(scene, quads, 4);
+    const Identifier cells = makeArray(scene, quads, 4);
     if (badCells) scene.setDimension(cells, 0);
     scene.setConnectivity(strip, cells);
-    scene.setNodeIndices(strip, MakeArray(scene, ids, 1));
-    const Identifier set = MakeArray(scene, firstRow, 1);
+    scene.setNodeIndices(strip, makeArray(scene, ids, 1));
+    const Identifier set = makeArray(scene, firstRow, 1);
     scene.setName(set, ("Row" + suffix).c_str());
     scene.addElementSet(strip, set);
     const Identifier load = scene.createObject(InstanceGroupObject);
     scene.setName(load, "Load");
     for (int state = 0; state < 2; ++state)
       scene.setResult(strip, load, float(state + 1), "Stress", ScalarVariable,
-                      MakeArray(scene, stress[state], 1));
+                      makeArray(scene, stress[state], 1));
     const Identifier points = scene.createObject(MeshObject);
     scene.setName(points, ("Points" + suffix).c_str());
     scene.setMeshType(points, PointMesh);
@@ -202,7 +185,7 @@ TEST(MpiWrite, OneRankWritesWhatScene_V2WritesAlone) {
   Write<Scene_V2>(alone, rank, strip);
   // The files carry the second in which they were written, in the block of
   // "Global Information": that block aside, they are the same bytes.
-  std::vector<unsigned char> partedBytes = Bytes(parted), aloneBytes = Bytes(alone);
+  std::vector<unsigned char> partedBytes = fileBytes(parted), aloneBytes = fileBytes(alone);
   const auto dated = [](const std::string& path) {
     const DovReader::Container file = DovReader::Container::Open(path);
     for (const DovReader::BlockInfo& block : file.Blocks())
@@ -235,33 +218,20 @@ TEST(MpiWrite, FailuresAreCollective) {
     }
   }
 
+  // The Exact encoding cannot be written by several processes.
   Scene_V2Mpi exact(MPI_COMM_WORLD, "exact");
   const Identifier root = exact.createObject(GroupObject);
   exact.createDefaultViews(root);
   exact.saveTo(path.c_str(), nullptr, false, true);
-  try {
-    exact.closeFile(path.c_str());
-    ADD_FAILURE() << "the Exact encoding was written by several processes";
-  } catch (const Kel::Util::Exception& failure) {
-    EXPECT_EQ(failure.GetCode(), 16);
-  }
+  expectRefusal([&] { exact.closeFile(path.c_str()); }, 16);
 
   // Through a base handle, saveTo would make a file of the rank's own.
   Scene_V2& base = exact;
-  try {
-    base.saveTo(path.c_str(), nullptr, false, true);
-    ADD_FAILURE() << "a part scene saved alone";
-  } catch (const Kel::Util::Exception& failure) {
-    EXPECT_EQ(failure.GetCode(), 16);
-  }
+  expectRefusal([&] { base.saveTo(path.c_str(), nullptr, false, true); }, 16);
 
+  // An existing file is not taken without the overwrite flag.
   Scene_V2Mpi existing(MPI_COMM_WORLD, "existing");
-  try {
-    existing.saveTo(path.c_str(), nullptr, false, false);
-    ADD_FAILURE() << "an existing file was taken without the overwrite flag";
-  } catch (const Kel::Util::Exception& failure) {
-    EXPECT_EQ(failure.GetCode(), 10);
-  }
+  expectRefusal([&] { existing.saveTo(path.c_str(), nullptr, false, false); }, 10);
 }
 
 // The C interface's MPI scene: saveTo and closeFile are the collective ones.

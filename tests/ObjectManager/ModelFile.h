@@ -1,8 +1,8 @@
 #ifndef DOVWRITER_TESTS_OBJECTMANAGER_MODELFILE_H
 #define DOVWRITER_TESTS_OBJECTMANAGER_MODELFILE_H
 
-// Test support: a scene written to a fresh file, the arrays a host makes,
-// and the file read back through our own reader.
+// Test support: a scene written to a fresh file, and the file read back
+// through our own reader.
 
 #include <gtest/gtest.h>
 
@@ -10,17 +10,19 @@
 
 #include <cstdio>
 #include <filesystem>
-#include <fstream>
-#include <functional>
-#include <iterator>
 #include <string>
 #include <vector>
 
+#include "../support/HostCalls.h"
 #include "Platform/Platform.h"
 #include "reader/Container.h"
 #include "reader/Scene.h"
 
 namespace roadtest {
+
+using testsupport::expectRefusal;
+using testsupport::fileBytes;
+using testsupport::makeArray;
 
 using Kel::Dov::Identifier;
 using Kel::Dov::Scene_V1;
@@ -53,21 +55,6 @@ inline const std::string& processTraceLog() {
   return path;
 }
 
-inline std::vector<unsigned char> fileBytes(const std::string& path) {
-  std::ifstream in(path, std::ios::binary);
-  return std::vector<unsigned char>(std::istreambuf_iterator<char>(in),
-                                    std::istreambuf_iterator<char>());
-}
-
-// An array object holding `values`, with "Dimension" set before the values.
-template <class T>
-Identifier makeArray(Scene_V1& scene, const std::vector<T>& values, unsigned char dimension = 1) {
-  const Identifier array = scene.createObject(Kel::Dov::ArrayObject);
-  scene.setDimension(array, dimension);
-  scene.setValues<T>(array, values.data(), dimension == 0 ? 0 : values.size() / dimension);
-  return array;
-}
-
 inline Identifier makeObject(Scene_V1& scene, Kel::Dov::ObjectType type, const char* name) {
   const Identifier object = scene.createObject(type);
   scene.setName(object, name);
@@ -96,19 +83,6 @@ inline void closeScene(Scene_V1& scene, const Identifier& root, const std::strin
   scene.createDefaultViews(root);
   scene.saveTo(path.c_str(), nullptr, false, true);
   scene.closeFile(path.c_str());
-}
-
-// Runs `call`, expecting a refusal with `code` whose description holds
-// `mention`.
-inline void expectRefusal(const std::function<void()>& call, int code, const std::string& mention) {
-  try {
-    call();
-    ADD_FAILURE() << "no exception, expected code " << code;
-  } catch (const Kel::Util::Exception& error) {
-    EXPECT_EQ(error.GetCode(), code);
-    EXPECT_NE(std::string(error.GetDescription()).find(mention), std::string::npos)
-        << error.GetDescription();
-  }
 }
 
 // The file of a closed scene, read back. Not copyable: the scene reads its

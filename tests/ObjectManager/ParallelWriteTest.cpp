@@ -65,17 +65,6 @@ struct StateModel {
       }
   }
 
-  template <class T>
-  Identifier hand(OpenScene& scene, const std::vector<T>& values, unsigned char width, bool lend) {
-    const Identifier array = scene.createObject(ArrayObject);
-    scene.setDimension(array, width);
-    if (lend)
-      scene.lendValues(array, values.data(), values.size() / width);
-    else
-      scene.setValues(array, values.data(), values.size() / width);
-    return array;
-  }
-
   void write(const std::string& path, const Variant& variant) {
     OpenScene scene("states");
     WriteOptions options;
@@ -86,12 +75,12 @@ struct StateModel {
     const Identifier root = makeObject(scene, GroupObject, "Model");
     const Identifier mesh = makeObject(scene, MeshObject, "Part");
     scene.addComponent(root, mesh);
-    scene.setCoordinates(mesh, hand(scene, coordinates, 3, variant.lend));
-    scene.setConnectivity(mesh, hand(scene, quads, 4, variant.lend));
+    scene.setCoordinates(mesh, makeArray(scene, coordinates, 3, variant.lend));
+    scene.setConnectivity(mesh, makeArray(scene, quads, 4, variant.lend));
     const Identifier states = makeObject(scene, InstanceGroupObject, "State");
     for (std::size_t r = 0; r < results.size(); ++r)
       scene.setResult(mesh, states, static_cast<int>(r / 4), results[r].first.c_str(),
-                      ScalarVariable, hand(scene, results[r].second, widths[r], variant.lend));
+                      ScalarVariable, makeArray(scene, results[r].second, widths[r], variant.lend));
     scene.addElementSet(mesh, makeSet(scene, "Lower", Words{0, 1, 2, 40, 41}));
     scene.addElementSet(mesh, makeSet(scene, "Upper", Words{1000, 1001, 1443}));
     // Exact blocks of 64 KiB: the file has several, written while it is built.

@@ -14,18 +14,19 @@ namespace DovInspect {
 namespace {
 
 using namespace Kel::Dov;
-using ToolTest::Array;
+using ToolTest::makeArray;
 
 // A triangle mesh "Moving" whose coordinates are given per value, 1 and 2.
 Identifier MovingMesh(Scene_V1& scene) {
   Identifier mesh = scene.createObject(MeshObject);
   scene.setName(mesh, "Moving");
-  scene.setConnectivity(mesh, Array(scene, std::vector<unsigned>{0, 1, 2}, 3));
+  scene.setConnectivity(mesh, makeArray(scene, std::vector<unsigned>{0, 1, 2}, 3));
   Identifier time = scene.createObject(InstanceGroupObject);
   scene.setName(time, "Time");
   for (float t : {1.0f, 2.0f})
-    scene.setCoordinates(mesh, time, t, Array(scene, std::vector<float>{0, 0, t, 1, 0, t, 0, 1, t}, 3));
-  Identifier set = Array(scene, std::vector<unsigned>{0});
+    scene.setCoordinates(mesh, time, t,
+                         makeArray(scene, std::vector<float>{0, 0, t, 1, 0, t, 0, 1, t}, 3));
+  Identifier set = makeArray(scene, std::vector<unsigned>{0});
   scene.setName(set, "Skin");
   scene.addElementSet(mesh, set);
   return mesh;
@@ -34,15 +35,15 @@ Identifier MovingMesh(Scene_V1& scene) {
 // "Bad": one point, and a line to node 7. "Bare": a mesh without points.
 void AddBrokenParts(Scene_V1& scene, const Identifier& root) {
   Identifier bad = scene.createObject(GeometryObject);
-  scene.setCoordinates(bad, Array(scene, std::vector<float>{0, 0, 0}, 3));
-  scene.setConnectivity(bad, Array(scene, std::vector<unsigned>{0, 7}, 2));
+  scene.setCoordinates(bad, makeArray(scene, std::vector<float>{0, 0, 0}, 3));
+  scene.setConnectivity(bad, makeArray(scene, std::vector<unsigned>{0, 7}, 2));
   Identifier shape = scene.createObject(ShapeObject);
   scene.setName(shape, "Bad");
   scene.addComponent(shape, bad);
   scene.addComponent(root, shape);
   Identifier bare = scene.createObject(MeshObject);
   scene.setName(bare, "Bare");
-  Identifier set = Array(scene, std::vector<unsigned>{0});
+  Identifier set = makeArray(scene, std::vector<unsigned>{0});
   scene.setName(set, "Nothing");
   scene.addElementSet(bare, set);
   scene.addComponent(root, bare);

@@ -28,7 +28,7 @@ class SmallBlockScene : public Scene_V1 {
 };
 
 Identifier ElementSet(Scene_V1& scene, const char* name, const std::vector<unsigned>& cells) {
-  Identifier set = Array(scene, cells);
+  Identifier set = makeArray(scene, cells);
   scene.setName(set, name);
   return set;
 }
@@ -44,20 +44,22 @@ void AddResults(Scene_V1& scene, const Identifier& plate, float temperatureChang
     }
     for (int cell = 0; cell < 3; ++cell) damage.push_back(Damage(t, cell));
     scene.setResult(plate, time, kTimes[t], "Temperature", ScalarVariable,
-                    Array(scene, temperature));
-    scene.setResult(plate, time, kTimes[t], "Damage", ScalarVariable, Array(scene, damage));
+                    makeArray(scene, temperature));
+    scene.setResult(plate, time, kTimes[t], "Damage", ScalarVariable, makeArray(scene, damage));
     scene.setResult(plate, time, kTimes[t], "Displacement", VectorVariable,
-                    Array(scene, displacement, 3));
+                    makeArray(scene, displacement, 3));
   }
 }
 
 Identifier Plate(Scene_V1& scene, float temperatureChange) {
   Identifier plate = scene.createObject(MeshObject);
   scene.setName(plate, "Plate");
-  scene.setCoordinates(plate, Array(scene, kPlateCoordinates, 3));
-  scene.setConnectivity(plate, Array(scene, std::vector<unsigned>{0, 1, 4, 3, 1, 2, 5, 1, 5, 4}),
-                        Array(scene, std::vector<unsigned>{4, 3, 3}));
-  scene.setNodeIndices(plate, Array(scene, std::vector<unsigned>{101, 102, 103, 104, 105, 106}));
+  scene.setCoordinates(plate, makeArray(scene, kPlateCoordinates, 3));
+  scene.setConnectivity(plate,
+                        makeArray(scene, std::vector<unsigned>{0, 1, 4, 3, 1, 2, 5, 1, 5, 4}),
+                        makeArray(scene, std::vector<unsigned>{4, 3, 3}));
+  scene.setNodeIndices(plate,
+                       makeArray(scene, std::vector<unsigned>{101, 102, 103, 104, 105, 106}));
   scene.addElementSet(plate, ElementSet(scene, "Left", {0}));
   Identifier right = ElementSet(scene, "Right", {1, 2});
   scene.setVisibility(right, false);
@@ -70,8 +72,9 @@ Identifier Plate(Scene_V1& scene, float temperatureChange) {
 Identifier Bolt(Scene_V1& scene) {
   Identifier geometry = scene.createObject(GeometryObject);
   scene.setName(geometry, "Bolt body");
-  scene.setCoordinates(geometry, Array(scene, kBoltCoordinates, 3));
-  scene.setConnectivity(geometry, Array(scene, std::vector<unsigned>{0, 1, 2, 3, 4, 5, 6, 7}, 8));
+  scene.setCoordinates(geometry, makeArray(scene, kBoltCoordinates, 3));
+  scene.setConnectivity(geometry,
+                        makeArray(scene, std::vector<unsigned>{0, 1, 2, 3, 4, 5, 6, 7}, 8));
   Identifier bolt = scene.createObject(ShapeObject);
   scene.setName(bolt, "Bolt");
   scene.addComponent(bolt, geometry);

@@ -21,6 +21,7 @@
 #include <string>
 #include <vector>
 
+#include "../support/HostCalls.h"
 #include "Model.h"
 
 namespace ToolTest {
@@ -30,15 +31,7 @@ extern const std::vector<float> kBoltCoordinates;
 float Temperature(int time, int node);
 float Damage(int time, int cell);
 
-// An array object holding `values` in tuples of `width`.
-template <class T>
-Kel::Dov::Identifier Array(Kel::Dov::Scene_V1& scene, const std::vector<T>& values,
-                           unsigned char width = 1) {
-  Kel::Dov::Identifier array = scene.createObject(Kel::Dov::ArrayObject);
-  scene.setDimension(array, width);
-  scene.setValues(array, values.data(), values.size() / width);
-  return array;
-}
+using testsupport::makeArray;
 
 // Writes the model to `path`. A `heavyBlockLimit` other than 0 cuts "Heavy
 // Data" into small blocks, so that the file needs an index block.

@@ -10,6 +10,7 @@
 #include <iterator>
 #include <thread>
 
+#include "../../support/HostCalls.h"
 #include "Kel/Dov/Tree.h"
 #include "StreamBytes.h"
 #include "reader/Container.h"
@@ -17,6 +18,7 @@
 namespace {
 
 using namespace DovTest;
+using testsupport::fileBytes;
 
 TEST(HeavyDataTest, DatasetsFollowEachOtherInBytePlanes) {
   const std::string path = TempPath("heavy-planes.dov");
@@ -34,11 +36,6 @@ TEST(HeavyDataTest, DatasetsFollowEachOtherInBytePlanes) {
   EXPECT_EQ((Bytes{1, 5, 2, 6, 3, 7, 4, 8, 0, 0, 0x80, 0x3F, 0x0D, 0x0C, 0x0B, 0x0A, 1, 0, 0,
                    0, 2, 0, 0, 0}),
             DovReader::Container::Open(path).ReadStream("Heavy Data"));
-}
-
-Bytes FileBytes(const std::string& path) {
-  std::ifstream in(path, std::ios::binary);
-  return Bytes(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
 }
 
 // How the blocks of "Heavy Data" are written.
@@ -115,7 +112,7 @@ std::vector<std::string> WriteModes(const std::string& name, const std::vector<H
 
 TEST(HeavyDataTest, CompressingWhilePuttingWritesTheFileOfThePlainPath) {
   const std::vector<std::string> paths = WriteModes("heavy-paths", {HeavyMode(), HeavyMode{false}});
-  EXPECT_TRUE(FileBytes(paths[0]) == FileBytes(paths[1]));
+  EXPECT_TRUE(fileBytes(paths[0]) == fileBytes(paths[1]));
   const DovReader::Container file = DovReader::Container::Open(paths[0]);
   EXPECT_EQ(std::vector<std::string>(), file.Verify());
   int heavyBlocks = 0, indexBlocks = 0;
@@ -131,7 +128,7 @@ TEST(HeavyDataThreads, ExactBlocksAreTheSequentialOnesAndFastOnesHoldTheSameStre
   const std::vector<std::string> paths =
       WriteModes("heavy-threads", {HeavyMode(), HeavyMode{true, 2}, HeavyMode{true, 4}});
   for (std::size_t m = 1; m < paths.size(); ++m)
-    EXPECT_TRUE(FileBytes(paths[m]) == FileBytes(paths[0])) << "mode " << m;
+    EXPECT_TRUE(fileBytes(paths[m]) == fileBytes(paths[0])) << "mode " << m;
 
   // Cut evenly in small blocks, values of every width span blocks, and the
   // blocks need two chained index blocks.
