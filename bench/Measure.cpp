@@ -93,7 +93,10 @@ bool ReadAll(int fd, void* data, std::size_t size) {
 
 }  // namespace
 
+void SettleFiles() { sync(); }
+
 void RunInChild(void* record, std::size_t recordSize, const std::function<void(void*)>& work) {
+  SettleFiles();
   int channel[2];
   if (pipe(channel) != 0) throw std::runtime_error("pipe failed");
   std::fflush(nullptr);

@@ -53,8 +53,16 @@ MemoryTouchFigures MeasureMemoryTouch(std::uint64_t bytes);
 std::uint64_t PeakRssBytes();
 std::uint64_t FileBytes(const std::string& path);
 
-// Runs `work` in a forked child and hands back the plain record it filled.
-// A child that fails prints why and the benchmark stops.
+// Writes to disk what earlier runs left in the page cache. Without it the
+// kernel writes their files back (after 30 s, by default) while a later run
+// is measured, and its threads take a share of the cores from that run: up
+// to a tenth of a threaded write of 10^7 nodes on two cores. Every run
+// starts from here, outside its clocks.
+void SettleFiles();
+
+// Runs `work` in a forked child, after SettleFiles, and hands back the
+// plain record it filled. A child that fails prints why and the benchmark
+// stops.
 void RunInChild(void* record, std::size_t recordSize, const std::function<void(void*)>& work);
 
 template <class Record>

@@ -83,6 +83,7 @@ Timing WriteByAllRanks(const ModelShape& whole, const std::string& path, const O
   MPI_Comm_size(MPI_COMM_WORLD, &ranks);
   const ModelShape slab = SliceModel(whole, rank, ranks);
   const OursMode mode = MakeOursMode("mpi", options.threadsPerRank, true, true);
+  if (rank == 0) SettleFiles();
   WaitAsleep();
   Stopwatch watch;
   {
@@ -145,7 +146,9 @@ int main(int argc, char** argv) {
     KeepFastest(mpi, WriteByAllRanks(whole, mpiPath, options));
     if (rank == 0) {
       const OursMode mode = MakeOursMode("fastN", threads, true, true);
+      SettleFiles();
       KeepFastest(alone, Single(WriteOurs(whole, alonePath, mode)));
+      SettleFiles();
       if (options.hdf5) KeepFastest(hdf5, Single(WriteHdf5(whole, hdf5Path, Hdf5Options())));
     }
     WaitAsleep();

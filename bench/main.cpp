@@ -144,7 +144,8 @@ void PrintMachine(std::ostream& out, const Options& options) {
       << (options.blockBytes != 0 ? options.blockBytes : LibraryFastBlockBytes) / 1024
       << " KiB\n"
       << "runs:     fastest of " << options.repeat << " per writer and size, more where "
-      << SteadySeconds << " s of our writes need more (at most " << MostRuns << ")\n"
+      << SteadySeconds << " s of our writes need more (at most " << MostRuns
+      << "); each run starts after sync, in a process of its own\n"
       << "model:    " << CellKindName(options.kind)
       << ", one element set per 100000 cells, a vector and a scalar result over 10 states\n";
   const MemoryTouchFigures memory =
@@ -227,6 +228,7 @@ int RunOursOnly(const Options& options) {
     for (const OursMode& mode : ChosenModes(options, false)) {
       const std::string path = options.dir + "/model-ours-only.dov";
       std::remove(path.c_str());
+      SettleFiles();
       const WriteFigures ours = WriteOurs(shape, path, mode);
       std::printf("%llu nodes, %s: %.3f s (cpu %.3f s), peak %.1f MiB, input %.1f MiB, "
                   "file %.1f MiB\n",

@@ -26,8 +26,9 @@ inline std::uint32_t DatasetWordBits(std::uint32_t value) { return value; }
 inline std::uint32_t DatasetWordBits(float value) { return Kel::Util::FloatBits(value); }
 
 // `out` receives 4 * count bytes; `values[i]` gives a u32 or a float.
+// `values` comes by value, for the reason given at EncodePlaneRun.
 template <class Values>
-void EncodeDataset(unsigned char* out, const Values& values, std::uint64_t count,
+void EncodeDataset(unsigned char* out, const Values values, std::uint64_t count,
                    std::uint8_t width) {
   if (width == 0) {
     for (std::uint64_t i = 0; i < count; ++i)
@@ -56,6 +57,20 @@ void EncodeDataset(unsigned char* out, const Values& values, std::uint64_t count
     Kel::Util::EncodeFixed32(out + 4 * i, DatasetWordBits(values[i]));
 }
 
+// Byte `shift / 8` of values `component + i * width` for i from `first`
+// to `last`. `values` comes by value: through a reference, a write to
+// `out` could change what it refers to, and the compiler would neither
+// keep it in a register nor make vector code of the loop (which doubles
+// the speed for single values).
+template <class Values>
+void EncodePlaneRun(unsigned char* out, const Values values, std::uint64_t width,
+                    std::uint64_t component, unsigned shift, std::uint64_t first,
+                    std::uint64_t last) {
+  for (std::uint64_t i = first; i < last; ++i)
+    out[i - first] =
+        static_cast<unsigned char>(DatasetWordBits(values[component + i * width]) >> shift);
+}
+
 // Bytes `begin` to `end` of the stored form above into `out`, for a
 // dataset that spans blocks: each piece is made straight from the values,
 // with no working copy of the whole dataset. A plane is read for every
@@ -70,12 +85,11 @@ void EncodeDatasetRange(unsigned char* out, const Values& values, std::uint64_t 
   while (at < end && at < planesEnd) {
     // One run within byte plane `plane % 4` of component `plane / 4`.
     const std::uint64_t plane = at / items;
-    const std::uint64_t component = plane / 4;
-    const unsigned shift = 8 * static_cast<unsigned>(plane % 4);
     const std::uint64_t first = at % items;
     const std::uint64_t last = std::min(items, first + (end - at));
-    for (std::uint64_t i = first; i < last; ++i)
-      *out++ = static_cast<unsigned char>(DatasetWordBits(values[component + i * width]) >> shift);
+    EncodePlaneRun(out, values, width, plane / 4, 8 * static_cast<unsigned>(plane % 4), first,
+                   last);
+    out += last - first;
     at += last - first;
   }
   // The values behind the items (all of them for width 0) stand as they are.
