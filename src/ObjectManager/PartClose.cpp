@@ -1,7 +1,8 @@
 // Closing one part of a file that several processes write together. Each
 // process builds its own tree and compresses its own "Heavy Data" into
-// blocks that it keeps; prefix sums over the processes then tell each where
-// its entries, datasets and blocks stand in the file. The blocks go to
+// blocks; rank 0 writes its blocks at once, as they lead the stream, the
+// others keep theirs. Prefix sums over the processes then tell each where
+// its entries, datasets and blocks stand in the file. The kept blocks go to
 // their places from the process that made them; the tree records and the
 // sizes of the blocks, which are small, go to rank 0, which writes the
 // tree, the index and the rest, as a single writer would.
@@ -15,6 +16,7 @@
 
 #include "Kel/Tmf/BlockPipeline.h"
 #include "Kel/Tmf/BlockPlaces.h"
+#include "Kel/Tmf/FileWrite.h"
 #include "Kel/Util/Raise.h"
 #include "ObjectManager/Diagnostics.h"
 #include "ObjectManager/ObjectManager.h"
@@ -105,7 +107,7 @@ enum PartEnd { FirstTop, LastTop, EntryCount, ComponentCount, MeshCount, PartEnd
 struct KeptBlock {
   std::uint32_t plainLength = 0;
   std::uint8_t flags = 0;
-  const unsigned char* bytes = nullptr;  // in KeptBytes
+  const unsigned char* bytes = nullptr;  // in KeptBytes; none where written already
   std::uint64_t size = 0;
 };
 
@@ -202,7 +204,17 @@ class PartClose {
     if (block.size > std::numeric_limits<std::uint32_t>::max())
       KEL_RAISE(1, "Value too large: a block holds less than 4 GiB", CloseFileMethod);
     const KelTmf::BlockRecord& record = index.records[block.number];
-    const unsigned char* bytes = keptBytes.keep(block.bytes, block.size);
+    const unsigned char* bytes = nullptr;
+    if (first) {
+      // Rank 0's blocks lead the stream, so their places are known now:
+      // they go to the file at once instead of waiting in memory, which
+      // costs the first touch of that memory and a write after everything.
+      KelTmf::WriteAt(scene.GetFile().stream,
+                      KelTmf::DataBlockPosition(counts[HeavyBlocks], counts[StoredBytes]),
+                      block.bytes, block.size, CloseFileMethod);
+    } else {
+      bytes = keptBytes.keep(block.bytes, block.size);
+    }
     kept.push_back(KeptBlock{block.plainLength, record.flags, bytes, block.size});
     counts[HeavyBytes] += block.plainLength;
     counts[HeavyBlocks] += 1;
@@ -303,15 +315,18 @@ class PartClose {
       }
   }
 
-  // Every rank writes its blocks at their places, all in one collective
-  // write; their memory goes once they are in the file.
+  // Every other rank writes its blocks at their places, all in one
+  // collective write, in which rank 0, whose blocks are in the file
+  // already, takes part with none; their memory goes once they are in the
+  // file.
   void writeBlocks() {
     std::vector<PartGroup::Piece> pieces;
     std::uint64_t stored = before[StoredBytes];
     for (std::uint64_t block = 0; block < kept.size(); ++block) {
-      pieces.push_back(PartGroup::Piece{
-          KelTmf::DataBlockPosition(before[HeavyBlocks] + block, stored), kept[block].bytes,
-          kept[block].size});
+      if (kept[block].bytes != nullptr)
+        pieces.push_back(PartGroup::Piece{
+            KelTmf::DataBlockPosition(before[HeavyBlocks] + block, stored), kept[block].bytes,
+            kept[block].size});
       stored += kept[block].size;
     }
     const std::string failure = group.writeShared(scene.fileName.c_str(), pieces);
