@@ -6,6 +6,7 @@
 // how the processes talk: a PartGroup carries the few collective steps it
 // needs, and a separate library implements it (DovWriterMpi.h for MPI).
 
+#include <algorithm>
 #include <cstdint>
 #include <functional>
 #include <string>
@@ -38,6 +39,13 @@ class DOVWRITER_API PartGroup {
   virtual std::vector<unsigned char> gatherAtFirst(const std::vector<unsigned char>& bytes) = 0;
   // Rank `from`'s bytes, on every rank.
   virtual void broadcast(std::vector<unsigned char>& bytes, int from) = 0;
+  // The lowest rank on which `flagged` is true, on every rank; size() where
+  // it is true on none. How the ranks agree on which failure counts.
+  int firstFlagged(bool flagged) {
+    const std::uint64_t flag = flagged ? 1 : 0;
+    const std::vector<std::uint64_t> flags = gatherAll(&flag, 1);
+    return static_cast<int>(std::find(flags.begin(), flags.end(), 1u) - flags.begin());
+  }
   // A run of bytes of this rank's share of the file, and where it goes.
   struct Piece {
     std::uint64_t position;

@@ -117,9 +117,7 @@ void MpiGroup::broadcast(std::vector<unsigned char>& bytes, int from) {
 }
 
 std::string MpiGroup::agreed(const std::string& failure) {
-  std::uint64_t failed = failure.empty() ? 0 : 1;
-  const std::vector<std::uint64_t> flags = gatherAll(&failed, 1);
-  const int first = static_cast<int>(std::find(flags.begin(), flags.end(), 1u) - flags.begin());
+  const int first = firstFlagged(!failure.empty());
   if (first == ranks) return std::string();
   std::vector<unsigned char> text(failure.begin(), failure.end());
   broadcast(text, first);

@@ -61,9 +61,7 @@ std::vector<unsigned char> EncodeFailure(const std::exception_ptr& failure) {
 // throws: the lowest failing rank its own failure, the others its code and
 // text. So no rank goes on to a collective step that another has left.
 void Agree(PartGroup& group, const std::exception_ptr& failure, const char* method) {
-  const std::uint64_t failed = failure ? 1 : 0;
-  const std::vector<std::uint64_t> flags = group.gatherAll(&failed, 1);
-  const int first = static_cast<int>(std::find(flags.begin(), flags.end(), 1u) - flags.begin());
+  const int first = group.firstFlagged(static_cast<bool>(failure));
   if (first == group.size()) return;
   std::vector<unsigned char> bytes;
   if (first == group.rank()) bytes = EncodeFailure(failure);
@@ -201,8 +199,6 @@ class PartClose {
   }
 
   void keep(KelTmf::Index& index, const KelTmf::FinishedBlock& block) {
-    if (block.size > std::numeric_limits<std::uint32_t>::max())
-      KEL_RAISE(1, "Value too large: a block holds less than 4 GiB", CloseFileMethod);
     const KelTmf::BlockRecord& record = index.records[block.number];
     const unsigned char* bytes = nullptr;
     if (first) {

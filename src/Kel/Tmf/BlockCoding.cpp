@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <limits>
 #include <new>
 
 #include "Kel/Util/Coding.h"
@@ -82,6 +83,11 @@ std::uint64_t BlockCoder::Code(const unsigned char* plain, std::uint32_t length,
                                const std::atomic<bool>& cancelled) {
   const std::uint64_t size =
       coding.fast ? CodeFast(plain, length, stored) : CodeExact(plain, length, stored, cancelled);
+  // The index keeps a block's stored size in 32 bits, whoever writes the
+  // block; data that does not shrink could grow past them.
+  if (size > std::numeric_limits<std::uint32_t>::max())
+    throw Kel::Util::Exception(1, "Value too large: a block holds less than 4 GiB", __FILE__,
+                               __LINE__, "KelTmf::Block::Put");
   if (size != 0) Kel::Util::EncodeFixed32(stored.data(), length);
   return size;
 }

@@ -3,7 +3,6 @@
 // on the caller's thread, which writes them as the sequential write does.
 
 #include <algorithm>
-#include <limits>
 
 #include "Kel/Tmf/BlockPipeline.h"
 #include "Kel/Tmf/FileWrite.h"
@@ -125,9 +124,7 @@ void Index::WriteFinished(const FinishedBlock& finished, std::FILE* stream) {
   BlockRecord& record = records[number];
   LogWriteBegins(number);
   LogPlainLength(finished.plainLength);
-  // The sizes in the index are 32-bit, as on the sequential path.
-  if (finished.size > std::numeric_limits<std::uint32_t>::max())
-    KEL_RAISE(1, "Value too large: a block holds less than 4 GiB", "KelTmf::Block::Put");
+  // 32 bits: BlockCoder refuses a larger stored form.
   record.size = static_cast<std::uint32_t>(finished.size);
   record.position = BlockPosition(number);
   EndBlockWrite(number, finished.compressed, finished.plainLength, [&] {
