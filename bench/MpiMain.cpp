@@ -4,7 +4,7 @@
 // encoding and as many threads as there are ranks, and by HDF5.
 //
 //   mpirun -np N dovbench_mpi [--nodes N] [--repeat R] [--dir DIR]
-//                             [--threads-per-rank T] [--no-hdf5]
+//                             [--threads-per-rank T] [--threads-alone A] [--no-hdf5]
 //
 // Each writer runs --repeat times (3 by default), taking turns, and its
 // fastest run counts. Every writer is timed over its library calls only,
@@ -34,6 +34,7 @@ struct Options {
   int repeat = 3;
   std::string dir = "/tmp/dovbench";
   unsigned threadsPerRank = 1;
+  unsigned threadsAlone = 0;  // 0: ranks x threads per rank
   bool hdf5 = true;
 };
 
@@ -55,6 +56,7 @@ Options Parse(int argc, char** argv) {
     else if (arg == "--repeat") options.repeat = std::max(1, std::atoi(value));
     else if (arg == "--dir") options.dir = value;
     else if (arg == "--threads-per-rank") options.threadsPerRank = std::max(1, std::atoi(value));
+    else if (arg == "--threads-alone") options.threadsAlone = std::max(1, std::atoi(value));
     else {
       std::fprintf(stderr, "dovbench_mpi: unknown option %s\n", arg.c_str());
       std::exit(2);
@@ -140,7 +142,8 @@ int main(int argc, char** argv) {
   const std::string mpiPath = options.dir + "/mpi.dov", alonePath = options.dir + "/alone.dov",
                     hdf5Path = options.dir + "/alone.h5";
   if (rank == 0) std::system(("mkdir -p '" + options.dir + "'").c_str());
-  const unsigned threads = ranks * options.threadsPerRank;
+  const unsigned threads =
+      options.threadsAlone != 0 ? options.threadsAlone : ranks * options.threadsPerRank;
   Timing mpi, alone, hdf5;
   for (int run = 0; run < options.repeat; ++run) {
     KeepFastest(mpi, WriteByAllRanks(whole, mpiPath, options));

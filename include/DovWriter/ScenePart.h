@@ -52,10 +52,27 @@ class DOVWRITER_API PartGroup {
     const unsigned char* bytes;
     std::uint64_t count;
   };
+  // Opens the file that rank 0 has created, on every rank. Returns the
+  // same text on every rank; where it is not empty, the file is not open.
+  virtual std::string openShared(const char* path) = 0;
+  // Not collective: writes one piece (less than 2 GiB) into the open file
+  // now, from this rank alone.
+  virtual std::string writeNow(const Piece& piece) = 0;
   // Writes every rank's pieces (each rank's in ascending places, none of
-  // them 2 GiB or more) into the file that rank 0 has created, in one
-  // collective write. Returns the same text on every rank.
-  virtual std::string writeShared(const char* path, const std::vector<Piece>& pieces) = 0;
+  // them 2 GiB or more) into the open file in one collective write, and
+  // closes it. Returns the same text on every rank.
+  virtual std::string writeShared(const std::vector<Piece>& pieces) = 0;
+  // Closes the open file, if it is open, without writing.
+  virtual void closeShared() = 0;
+  // Not collective: sends `count` values to every other rank without
+  // waiting for them to be taken.
+  virtual void tell(const std::uint64_t* values, int count) = 0;
+  // Not collective: takes `count` values that another rank sent by tell(),
+  // those of one sender in the order sent, and sets `from` to that rank.
+  // False where none has come; with `wait`, waits for one (without holding
+  // a processor). Every value told must be taken before the next
+  // collective step that follows the telling.
+  virtual bool hear(int& from, std::uint64_t* values, int count, bool wait) = 0;
 };
 
 // Everything of Scene_V2; saveTo() and closeFile() are collective over the

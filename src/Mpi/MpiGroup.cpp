@@ -12,6 +12,9 @@ namespace Dov {
 
 namespace {
 
+// What tell() sends; collective steps never match it.
+const int TellTag = 7;
+
 // MPI counts are ints: larger messages go in pieces.
 const std::uint64_t LargestPiece = INT_MAX;
 
@@ -44,6 +47,15 @@ std::string ErrorText(int code) {
   int length = 0;
   MPI_Error_string(code, text, &length);
   return std::string(text, length);
+}
+
+// Some MPI-IO layers report a failed write (a full disk, a file-size
+// limit) only through the count of bytes written.
+std::string ShortWrite(MPI_Status& status, std::uint64_t wanted) {
+  MPI_Count written = 0;
+  MPI_Get_elements_x(&status, MPI_BYTE, &written);
+  if (written >= 0 && static_cast<std::uint64_t>(written) == wanted) return std::string();
+  return "wrote " + std::to_string(written) + " of " + std::to_string(wanted) + " bytes";
 }
 
 }  // namespace
@@ -124,24 +136,80 @@ std::string MpiGroup::agreed(const std::string& failure) {
   return "rank " + std::to_string(first) + ": " + std::string(text.begin(), text.end());
 }
 
-std::string MpiGroup::writeShared(const char* path, const std::vector<Piece>& pieces) {
-  std::string failure;
-  for (const Piece& piece : pieces)
-    if (piece.count > LargestPiece) failure = "a block of 2 GiB or more";
-  MPI_File file = MPI_FILE_NULL;
+std::string MpiGroup::openShared(const char* path) {
   // Files report failures to the caller (MPI's default for files); every
   // step is agreed on before the next collective one, so that no rank
   // waits for one that has given up.
-  if (failure.empty())
-    failure = ErrorText(MPI_File_open(comm, path, MPI_MODE_WRONLY, MPI_INFO_NULL, &file));
+  const std::string failure =
+      agreed(ErrorText(MPI_File_open(comm, path, MPI_MODE_WRONLY, MPI_INFO_NULL, &file)));
+  if (!failure.empty()) closeShared();
+  return failure;
+}
+
+std::string MpiGroup::writeNow(const Piece& piece) {
+  if (piece.count > LargestPiece) return "a block of 2 GiB or more";
+  MPI_Status status;
+  const int code = MPI_File_write_at(file, static_cast<MPI_Offset>(piece.position), piece.bytes,
+                                     static_cast<int>(piece.count), MPI_BYTE, &status);
+  return code != MPI_SUCCESS ? ErrorText(code) : ShortWrite(status, piece.count);
+}
+
+std::string MpiGroup::writeShared(const std::vector<Piece>& pieces) {
+  std::string failure;
+  for (const Piece& piece : pieces)
+    if (piece.count > LargestPiece) failure = "a block of 2 GiB or more";
   failure = agreed(failure);
-  if (!failure.empty()) {
-    if (file != MPI_FILE_NULL) MPI_File_close(&file);
-    return failure;
-  }
-  failure = agreed(writePieces(file, pieces));
+  if (failure.empty()) failure = agreed(writePieces(file, pieces));
+  finishTelling();
   const std::string closing = agreed(ErrorText(MPI_File_close(&file)));
   return failure.empty() ? closing : failure;
+}
+
+void MpiGroup::closeShared() {
+  finishTelling();
+  if (file != MPI_FILE_NULL) MPI_File_close(&file);
+}
+
+void MpiGroup::tell(const std::uint64_t* values, int count) {
+  // Sends that are done give their memory back as new ones go out.
+  while (!told.empty()) {
+    int done = 0;
+    MPI_Testall(static_cast<int>(told.front().requests.size()), told.front().requests.data(),
+                &done, MPI_STATUSES_IGNORE);
+    if (!done) break;
+    told.pop_front();
+  }
+  told.emplace_back();
+  Told& message = told.back();
+  message.values.assign(values, values + count);
+  for (int to = 0; to < ranks; ++to) {
+    if (to == myRank) continue;
+    message.requests.emplace_back();
+    MPI_Isend(message.values.data(), count, MPI_UINT64_T, to, TellTag, comm,
+              &message.requests.back());
+  }
+}
+
+bool MpiGroup::hear(int& from, std::uint64_t* values, int count, bool wait) {
+  for (;;) {
+    int arrived = 0;
+    MPI_Status status;
+    MPI_Iprobe(MPI_ANY_SOURCE, TellTag, comm, &arrived, &status);
+    if (arrived) {
+      from = status.MPI_SOURCE;
+      MPI_Recv(values, count, MPI_UINT64_T, from, TellTag, comm, MPI_STATUS_IGNORE);
+      return true;
+    }
+    if (!wait) return false;
+    std::this_thread::sleep_for(std::chrono::microseconds(200));
+  }
+}
+
+void MpiGroup::finishTelling() {
+  for (Told& message : told)
+    MPI_Waitall(static_cast<int>(message.requests.size()), message.requests.data(),
+                MPI_STATUSES_IGNORE);
+  told.clear();
 }
 
 std::string MpiGroup::writePieces(MPI_File file, const std::vector<Piece>& pieces) {
@@ -167,6 +235,11 @@ std::string MpiGroup::writePieces(MPI_File file, const std::vector<Piece>& piece
   const int code = MPI_File_write_all(file, failure.empty() ? MPI_BOTTOM : nullptr,
                                       failure.empty() ? 1 : 0, inMemory, &status);
   if (failure.empty()) failure = ErrorText(code);
+  if (failure.empty()) {
+    std::uint64_t total = 0;
+    for (const Piece& piece : pieces) total += piece.count;
+    failure = ShortWrite(status, total);
+  }
   MPI_Type_free(&inFile);
   MPI_Type_free(&inMemory);
   return failure;

@@ -1,11 +1,12 @@
 // Closing one part of a file that several processes write together. Each
 // process builds its own tree and compresses its own "Heavy Data" into
-// blocks; rank 0 writes its blocks at once, as they lead the stream, the
-// others keep theirs. Prefix sums over the processes then tell each where
-// its entries, datasets and blocks stand in the file. The kept blocks go to
-// their places from the process that made them; the tree records and the
-// sizes of the blocks, which are small, go to rank 0, which writes the
-// tree, the index and the rest, as a single writer would.
+// blocks, in pieces of whole datasets that lie in the file round by round
+// (PartPieces.h). The processes tell each other the size of every piece
+// they finish, and each writes its blocks as soon as their places are
+// known; what is left when all are done goes in one collective write.
+// Prefix sums over the processes tell each where its entries stand; the
+// tree records and the sizes of the blocks, which are small, go to rank 0,
+// which writes the tree, the index and the rest, as a single writer would.
 
 #include <algorithm>
 #include <cstring>
@@ -16,11 +17,10 @@
 
 #include "Kel/Tmf/BlockPipeline.h"
 #include "Kel/Tmf/BlockPlaces.h"
-#include "Kel/Tmf/FileWrite.h"
 #include "Kel/Util/Raise.h"
 #include "ObjectManager/Diagnostics.h"
 #include "ObjectManager/ObjectManager.h"
-#include "Platform/Platform.h"
+#include "ObjectManager/PartPieces.h"
 
 namespace Kel {
 namespace Dov {
@@ -95,41 +95,31 @@ std::exception_ptr WriteFailure(const std::string& path, const std::string& reas
   }
 }
 
-// What a part brings to the file; summed over the parts in front of it,
-// where its own begins.
-enum PartCount { Entries, HeavyBytes, HeavyBlocks, StoredBytes, LightBytes, PartCounts };
+// What a part brings to the file's tree; summed over the parts in front
+// of it, where its own begins.
+enum PartCount { Entries, LightBytes, PartCounts };
 // What every rank tells every other of its root: the ids of its first and
 // last top-level entries in the file, and what decides the root's mark.
 enum PartEnd { FirstTop, LastTop, EntryCount, ComponentCount, MeshCount, PartEnds };
 
+// A piece of "Heavy Data" is about this many blocks: the last writes after
+// all are done are one piece's, and each piece adds at most one short block.
+const std::uint32_t BlocksPerPiece = 16;
+const std::size_t MostKeptBlocks = 4 * BlocksPerPiece;
+
+// What the ranks tell each other while they compress: a piece finished,
+// and then that they are done, or have failed.
+enum NoteKind { PieceDone, PartDone, PartFailed };
+enum NoteValue { Kind, Blocks, Stored, Plain, NoteValues };
+
 struct KeptBlock {
   std::uint32_t plainLength = 0;
   std::uint8_t flags = 0;
-  const unsigned char* bytes = nullptr;  // in KeptBytes; none where written already
   std::uint64_t size = 0;
-};
-
-// The stored forms of a part's blocks, kept until their places are known,
-// one behind the other in large chunks prepared for filling: fresh memory
-// taken page by page costs a good part of what compressing costs.
-class KeptBytes {
- public:
-  const unsigned char* keep(const unsigned char* bytes, std::uint64_t size) {
-    if (chunks.empty() || chunks.back().capacity() - chunks.back().size() < size) {
-      chunks.emplace_back();
-      Platform::ReserveForFilling(chunks.back(), std::max(ChunkBytes, size));
-    }
-    // Within the capacity: the chunk never moves, so what it keeps stays put.
-    std::vector<unsigned char>& chunk = chunks.back();
-    const std::size_t at = chunk.size();
-    chunk.insert(chunk.end(), bytes, bytes + size);
-    return chunk.data() + at;
-  }
-  void release() { chunks = std::vector<std::vector<unsigned char>>(); }
-
- private:
-  static constexpr std::uint64_t ChunkBytes = 64u << 20;
-  std::vector<std::vector<unsigned char>> chunks;
+  std::size_t piece = 0;
+  std::uint64_t blockInPiece = 0;
+  std::uint64_t storedInPiece = 0;
+  const unsigned char* bytes = nullptr;  // in KeptBytes; none once in the file
 };
 
 void Append(std::vector<unsigned char>& out, std::uint64_t value) {
@@ -149,10 +139,31 @@ std::uint64_t Take(const unsigned char*& in) {
 class PartClose {
  public:
   PartClose(ObjectManager& scene, PartGroup& group)
-      : scene(scene), group(group), first(group.rank() == 0) {}
+      : scene(scene), group(group), me(group.rank()), table(group.size()) {}
 
   void run() {
-    Collectively(group, CloseFileMethod, [&] { build(); });
+    Collectively(group, CloseFileMethod, [&] { check(); });
+    const std::string failure = group.openShared(scene.fileName.c_str());
+    if (!failure.empty()) std::rethrow_exception(WriteFailure(scene.fileName, failure));
+    try {
+      runOnOpenFile();
+    } catch (...) {
+      // Every rank comes here at the same step: each failure is agreed on.
+      group.closeShared();
+      throw;
+    }
+  }
+
+ private:
+  void check() {
+    scene.refuseCloseInState();
+    if (scene.options.encoding != Encoding::Fast)
+      KEL_RAISE(16, "closeFile: a file written by several processes takes the Fast encoding "
+                    "only (setWriteOptions)", CloseFileMethod);
+  }
+
+  void runOnOpenFile() {
+    buildAndTell();
     place();
     std::vector<unsigned char> part;
     Collectively(group, CloseFileMethod, [&] {
@@ -162,69 +173,164 @@ class PartClose {
     std::vector<unsigned char> parts = group.gatherAtFirst(part);
     part = std::vector<unsigned char>();
     Collectively(group, CloseFileMethod, [&] {
-      if (first) compose(parts);
+      if (me == 0) compose(parts);
     });
     parts = std::vector<unsigned char>();
     writeBlocks();
     Collectively(group, CloseFileMethod, [&] {
-      if (first)
+      if (me == 0)
         scene.explainingFailures("closeFile", false,
                                  [&] { scene.FinishSave(shared, std::string()); });
     });
     scene.endClose(*progress);
   }
 
- private:
+  // The build, then the end of this rank's telling; then every other
+  // rank's notes, to their end, while writing what they place. Only then
+  // are the ranks agreed on whether all went well: a rank that fails still
+  // tells the others, so none waits for it.
+  void buildAndTell() {
+    std::exception_ptr failure;
+    try {
+      build();
+      if (current.blocks != 0) finishPiece();
+    } catch (...) {
+      failure = std::current_exception();
+    }
+    tellNote(failure ? PartFailed : PartDone, PieceSize());
+    table.end(me);
+    if (failure) failed = true;
+    while (!table.allEnded()) {
+      hearOne(true);
+      if (failed) continue;
+      try {
+        writePlaceable();
+      } catch (...) {
+        failure = std::current_exception();
+        failed = true;
+      }
+    }
+    Agree(group, failure, CloseFileMethod);
+  }
+
   // The walk from the root, with the blocks of numbers compressed by the
-  // rank's threads and kept, and the length of its tree records measured.
+  // rank's threads, and the length of its tree records measured.
   void build() {
-    scene.refuseCloseInState();
-    if (scene.options.encoding != Encoding::Fast)
-      KEL_RAISE(16, "closeFile: a file written by several processes takes the Fast encoding "
-                    "only (setWriteOptions)", CloseFileMethod);
     progress = scene.beginBuilding();
     KelTmf::Index& index = scene.GetFile().index;
     index.keepFinished = [&](const KelTmf::FinishedBlock& block) { keep(index, block); };
     {
       const ObjectManager::ParallelWrite parallel(scene);
+      // One rank alone writes what a single writer writes.
+      if (group.size() > 1) index.CutPiecesEvery(BlocksPerPiece);
       scene.explainingFailures("closeFile", false, [&] {
         scene.buildTree();
         index.FinishStream(KelDov::HeavyDataStream);
       });
     }
     KelTmf::TmFile scratch;
-    scene.SaveEntries(scratch, 0, first);
+    scene.SaveEntries(scratch, 0, me == 0);
     counts[Entries] = scene.size() - 1;
     counts[LightBytes] = scratch.index.GetStreamLength(KelDov::LightDataStream);
   }
 
+  // A block as the pipeline finishes it, in number order: to the file at
+  // once where its place is known, else kept.
   void keep(KelTmf::Index& index, const KelTmf::FinishedBlock& block) {
     const KelTmf::BlockRecord& record = index.records[block.number];
-    const unsigned char* bytes = nullptr;
-    if (first) {
-      // Rank 0's blocks lead the stream, so their places are known now:
-      // they go to the file at once instead of waiting in memory, which
-      // costs the first touch of that memory and a write after everything.
-      KelTmf::WriteAt(scene.GetFile().stream,
-                      KelTmf::DataBlockPosition(counts[HeavyBlocks], counts[StoredBytes]),
-                      block.bytes, block.size, CloseFileMethod);
-    } else {
-      bytes = keptBytes.keep(block.bytes, block.size);
-    }
-    kept.push_back(KeptBlock{block.plainLength, record.flags, bytes, block.size});
-    counts[HeavyBytes] += block.plainLength;
-    counts[HeavyBlocks] += 1;
-    counts[StoredBytes] += block.size;
+    KeptBlock kept{block.plainLength, record.flags, block.size, table.count(me),
+                   current.blocks, current.stored, nullptr};
+    hearAll();
+    if (!failed) writePlaceable();
+    const bool now = !failed && unwritten == blocks.size() && placeable(kept);
+    if (now)
+      write(kept, block.bytes);
+    else if (!failed)
+      kept.bytes = keptBytes.keep(block.bytes, block.size);
+    blocks.push_back(kept);
+    if (now) ++unwritten;
+    // A rank far ahead of the others waits for them rather than keep all
+    // it makes: its memory stays bounded, and where ranks share cores the
+    // waiting rank's core serves the others.
+    while (!failed && blocks.size() - unwritten > MostKeptBlocks && !table.othersEnded(me) &&
+           hearOne(true))
+      writePlaceable();
+    current.add(PieceSize{1, block.size, block.plainLength});
     if (index.blockWritten) index.blockWritten(record, block.plainLength);
+    const std::vector<std::uint64_t>& ends = index.pieceEnds;
+    if (table.count(me) < ends.size() && ends[table.count(me)] == block.number) finishPiece();
   }
 
-  // Where this part stands: its shifts from the prefix sums, and its
-  // neighbours in the chain of top-level entries from every rank's ends.
+  void finishPiece() {
+    table.add(me, current);
+    tellNote(PieceDone, current);
+    current = PieceSize();
+  }
+
+  void tellNote(NoteKind kind, const PieceSize& size) {
+    const std::uint64_t note[NoteValues] = {kind, size.blocks, size.stored, size.plain};
+    group.tell(note, NoteValues);
+  }
+
+  bool hearOne(bool wait) {
+    int from = 0;
+    std::uint64_t note[NoteValues];
+    if (!group.hear(from, note, NoteValues, wait)) return false;
+    if (note[Kind] == PieceDone)
+      table.add(from, PieceSize{note[Blocks], note[Stored], note[Plain]});
+    else
+      table.end(from);
+    // Another rank's failure fails the file: nothing more is written.
+    if (note[Kind] == PartFailed) failed = true;
+    return true;
+  }
+
+  void hearAll() {
+    while (hearOne(false)) {
+    }
+  }
+
+  // The place of a block, if the pieces in front of its piece are known.
+  bool placeable(const KeptBlock& block) const {
+    PieceSize front;
+    return table.before(me, block.piece, front);
+  }
+
+  std::uint64_t position(const KeptBlock& block) const {
+    PieceSize front;
+    table.before(me, block.piece, front);
+    return KelTmf::DataBlockPosition(front.blocks + block.blockInPiece,
+                                     front.stored + block.storedInPiece);
+  }
+
+  void write(const KeptBlock& block, const unsigned char* bytes) {
+    const std::string failure = group.writeNow({position(block), bytes, block.size});
+    if (!failure.empty()) std::rethrow_exception(WriteFailure(scene.fileName, failure));
+  }
+
+  // Writes the kept blocks whose places have become known, in order.
+  void writePlaceable() {
+    while (unwritten < blocks.size() && placeable(blocks[unwritten])) {
+      write(blocks[unwritten], blocks[unwritten].bytes);
+      blocks[unwritten++].bytes = nullptr;
+    }
+    if (unwritten == blocks.size()) keptBytes.reuse();
+  }
+
+  // Where this part's tree stands: its shifts from the prefix sums, its
+  // pieces of "Heavy Data" from the table, and its neighbours in the chain
+  // of top-level entries from every rank's ends.
   void place() {
     std::copy(counts, counts + PartCounts, before);
     group.sumOverLower(before, PartCounts);
     placement.entryShift = static_cast<std::uint32_t>(before[Entries]);
-    placement.heavyShift = before[HeavyBytes];
+    std::uint64_t begin = 0;
+    for (std::size_t round = 0; round < table.count(me); ++round) {
+      PieceSize front;
+      table.before(me, round, front);
+      placement.heavyPieces.push_back({begin, front.plain - begin});
+      begin += table.at(me, round).plain;
+    }
     const LinkList components = scene.readLinks(scene.root, "Components");
     std::uint64_t meshes = 0;
     for (std::uint64_t component : components)
@@ -242,8 +348,8 @@ class PartClose {
       if (end[FirstTop] == 0) continue;
       if (placement.firstTop == 0) placement.firstTop = static_cast<std::uint32_t>(end[FirstTop]);
       placement.lastTop = static_cast<std::uint32_t>(end[LastTop]);
-      if (rank < group.rank()) placement.previousTop = static_cast<std::uint32_t>(end[LastTop]);
-      if (rank > group.rank() && placement.nextTop == 0)
+      if (rank < me) placement.previousTop = static_cast<std::uint32_t>(end[LastTop]);
+      if (rank > me && placement.nextTop == 0)
         placement.nextTop = static_cast<std::uint32_t>(end[FirstTop]);
     }
     // The one root marks, as a root of its own would, several components
@@ -254,19 +360,18 @@ class PartClose {
 
   std::uint64_t shifted(std::uint32_t id) const { return id == 0 ? 0 : id + before[Entries]; }
 
-  // The message to rank 0: the sizes of the kept blocks, then (but from
-  // rank 0 itself) the part's bytes of each tree stream.
+  // The message to rank 0: the sizes of the blocks, then (but from rank 0
+  // itself) the part's bytes of each tree stream.
   std::vector<unsigned char> pack() {
     if (before[Entries] + counts[Entries] >= std::numeric_limits<std::uint32_t>::max())
       KEL_RAISE(1, "closeFile: more tree entries than 32-bit ids can tell", CloseFileMethod);
     std::vector<unsigned char> out;
-    Append(out, kept.size());
-    for (const KeptBlock& block : kept) {
+    for (const KeptBlock& block : blocks) {
       Append(out, block.plainLength);
       Append(out, block.size);
       Append(out, block.flags);
     }
-    if (first) return out;
+    if (me == 0) return out;
     KelTmf::TmFile scratch;
     scene.SaveEntries(scratch, before[LightBytes], false);
     for (const std::string* stream : PartStreams) {
@@ -277,8 +382,9 @@ class PartClose {
     return out;
   }
 
-  // Rank 0: the index of every rank's blocks, then the tree streams, rank 0's
-  // entries saved here and every other rank's appended as they came.
+  // Rank 0: the index of every rank's blocks, piece by piece in file
+  // order, then the tree streams, rank 0's entries saved here and every
+  // other rank's appended as they came.
   void compose(const std::vector<unsigned char>& parts) {
     shared.stream = scene.GetFile().stream;
     scene.GetFile().stream = nullptr;
@@ -287,13 +393,13 @@ class PartClose {
     scene.startParallelWrite(shared);
     KelTmf::Index& index = shared.index;
     const unsigned char* in = parts.data();
-    std::vector<const unsigned char*> streams;
+    std::vector<const unsigned char*> blockSizes, streams;
     for (int rank = 0; rank < group.size(); ++rank) {
-      for (std::uint64_t blocks = Take(in); blocks != 0; --blocks) {
-        const std::uint64_t plainLength = Take(in), size = Take(in), flags = Take(in);
-        index.AdoptWrittenBlock(KelDov::HeavyDataStream, static_cast<std::uint32_t>(plainLength),
-                                static_cast<std::uint32_t>(size), static_cast<std::uint8_t>(flags));
-      }
+      blockSizes.push_back(in);
+      std::uint64_t blockCount = 0;
+      for (std::size_t round = 0; round < table.count(rank); ++round)
+        blockCount += table.at(rank, round).blocks;
+      in += 24 * blockCount;
       if (rank == 0) continue;
       streams.push_back(in);
       for (std::size_t stream = 0; stream < 4; ++stream) {
@@ -301,6 +407,14 @@ class PartClose {
         in += length;
       }
     }
+    table.inFileOrder([&](int rank, std::size_t round) {
+      for (std::uint64_t block = 0; block < table.at(rank, round).blocks; ++block) {
+        const std::uint64_t plainLength = Take(blockSizes[rank]), size = Take(blockSizes[rank]),
+                            flags = Take(blockSizes[rank]);
+        index.AdoptWrittenBlock(KelDov::HeavyDataStream, static_cast<std::uint32_t>(plainLength),
+                                static_cast<std::uint32_t>(size), static_cast<std::uint8_t>(flags));
+      }
+    });
     index.Put(KelDov::DovTreeStream, static_cast<std::uint32_t>(totalEntries));
     scene.SaveEntries(shared, 0, true);
     for (const unsigned char* part : streams)
@@ -311,21 +425,13 @@ class PartClose {
       }
   }
 
-  // Every other rank writes its blocks at their places, all in one
-  // collective write, in which rank 0, whose blocks are in the file
-  // already, takes part with none; their memory goes once they are in the
-  // file.
+  // What is left of every rank's blocks, all in one collective write; their
+  // memory goes once they are in the file.
   void writeBlocks() {
     std::vector<PartGroup::Piece> pieces;
-    std::uint64_t stored = before[StoredBytes];
-    for (std::uint64_t block = 0; block < kept.size(); ++block) {
-      if (kept[block].bytes != nullptr)
-        pieces.push_back(PartGroup::Piece{
-            KelTmf::DataBlockPosition(before[HeavyBlocks] + block, stored), kept[block].bytes,
-            kept[block].size});
-      stored += kept[block].size;
-    }
-    const std::string failure = group.writeShared(scene.fileName.c_str(), pieces);
+    for (const KeptBlock& block : blocks)
+      if (block.bytes != nullptr) pieces.push_back({position(block), block.bytes, block.size});
+    const std::string failure = group.writeShared(pieces);
     keptBytes.release();
     Agree(group, failure.empty() ? std::exception_ptr() : WriteFailure(scene.fileName, failure),
           CloseFileMethod);
@@ -333,9 +439,13 @@ class PartClose {
 
   ObjectManager& scene;
   PartGroup& group;
-  const bool first;
+  const int me;
   std::unique_ptr<CloseProgress> progress;
-  std::vector<KeptBlock> kept;
+  PieceTable table;
+  PieceSize current;               // of the piece being compressed
+  std::vector<KeptBlock> blocks;   // every block of this rank, in order
+  std::size_t unwritten = 0;       // the first of them not in the file
+  bool failed = false;             // here or on another rank: nothing more is written
   KeptBytes keptBytes;
   std::uint64_t counts[PartCounts] = {};
   std::uint64_t before[PartCounts] = {};

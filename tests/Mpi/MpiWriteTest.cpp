@@ -8,7 +8,10 @@
 #include <DovWriter/DovWriterMpi.h>
 #include <DovWriter/dovwriter_mpi.h>
 
+#include <sys/resource.h>
+
 #include <algorithm>
+#include <csignal>
 #include <cstdlib>
 #include <filesystem>
 #include <string>
@@ -216,6 +219,27 @@ TEST(MpiWrite, FailuresAreCollective) {
       EXPECT_NE(std::string(failure.GetDescription()).find("rank " + std::to_string(last)),
                 std::string::npos);
     }
+  }
+
+  // A write that fails on the last rank while the others write theirs: a
+  // file-size limit there lets its writes fail past the file's head.
+  if (last != 0) {
+    Strip writing(rank);
+    rlimit saved{};
+    getrlimit(RLIMIT_FSIZE, &saved);
+    if (rank == last) {
+      std::signal(SIGXFSZ, SIG_IGN);
+      rlimit small = saved;
+      small.rlim_cur = 4096;
+      setrlimit(RLIMIT_FSIZE, &small);
+    }
+    try {
+      Write<Scene_V2Mpi>(path, rank, writing, MPI_COMM_WORLD);
+      ADD_FAILURE() << "closeFile succeeded on rank " << rank;
+    } catch (const Kel::Util::Exception& failure) {
+      EXPECT_EQ(failure.GetCode(), 10) << failure.GetDescription();
+    }
+    if (rank == last) setrlimit(RLIMIT_FSIZE, &saved);
   }
 
   // The Exact encoding cannot be written by several processes.

@@ -48,7 +48,15 @@ extern const std::string ViewPointsStream;        // "View Points"
 // children, in part order.
 struct PartPlacement {
   std::uint32_t entryShift = 0;   // added to every id but the root's
-  std::uint64_t heavyShift = 0;   // added to every offset into "Heavy Data"
+  // The part's "Heavy Data" goes to the file in pieces of whole datasets:
+  // where each begins in the part's own stream, ascending from 0, and what
+  // is added to the offsets of the datasets in it.
+  struct HeavyPiece {
+    std::uint64_t begin;
+    std::uint64_t shift;
+  };
+  std::vector<HeavyPiece> heavyPieces;
+  std::uint64_t HeavyOffset(std::uint64_t offset) const;
   std::uint32_t previousTop = 0;  // the last top-level entry of the parts in front; 0: none
   std::uint32_t nextTop = 0;      // the first top-level entry of the parts behind; 0: none
   std::uint32_t firstTop = 0;     // the root's first and last children in the whole file

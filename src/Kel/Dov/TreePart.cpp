@@ -2,6 +2,8 @@
 // renumbered behind those of the parts in front, and its datasets moved
 // behind theirs in "Heavy Data".
 
+#include <algorithm>
+
 #include "Kel/Dov/Tree.h"
 
 namespace KelDov {
@@ -17,13 +19,22 @@ std::uint32_t Shifted(std::uint32_t id, std::uint32_t shift) {
 void RelocateContent(Node* node, const PartPlacement& placement) {
   auto geometry = dynamic_cast<Geometry*>(node);
   if (geometry == nullptr) return;
-  for (auto& offset : geometry->datasetOffsets) offset.second += placement.heavyShift;
+  for (auto& offset : geometry->datasetOffsets)
+    offset.second = placement.HeavyOffset(offset.second);
   for (Geometry::Variable& variable : geometry->variables)
     if (variable.linked)
       variable.linkTarget.entryId = Shifted(variable.linkTarget.entryId, placement.entryShift);
 }
 
 }  // namespace
+
+std::uint64_t PartPlacement::HeavyOffset(std::uint64_t offset) const {
+  // The last piece that begins at or before the offset holds its dataset.
+  auto behind = std::upper_bound(
+      heavyPieces.begin(), heavyPieces.end(), offset,
+      [](std::uint64_t value, const HeavyPiece& piece) { return value < piece.begin; });
+  return behind == heavyPieces.begin() ? offset : offset + (behind - 1)->shift;
+}
 
 void Tree::RelocatePart(const PartPlacement& placement) {
   const std::uint32_t shift = placement.entryShift;

@@ -134,6 +134,15 @@ class Index {
   // spanning as many blocks as it fills, and each full block leaves at
   // once. Meant for writing in parallel.
   void CutEvenly(const std::string& name, std::uint32_t blockBytes);
+  // For the stream cut evenly (after CutEvenly), on the pipeline only: a
+  // put that begins `blockCount` blocks' worth of bytes or more behind the
+  // last cut sends the open block off first, so that the value starts a
+  // new block. Each cut is kept as the number of the last block in front
+  // of it: a run of whole values between two cuts can go to a place of
+  // its own in the stream, as the parts of a file that several processes
+  // write do.
+  void CutPiecesEvery(std::uint32_t blockCount);
+  std::vector<std::uint64_t> pieceEnds;
   // Told of every data block once it is in the file, with its plain length:
   // how a long write reports its progress. Index blocks are not reported.
   std::function<void(const BlockRecord& record, std::uint32_t plainLength)> blockWritten;
@@ -145,6 +154,9 @@ class Index {
   // Sends the open last block of `name` (marked compressed) to the pipeline
   // and returns once every block given is finished.
   void FinishStream(const std::string& name);
+  // Sends the open last block of `name`, if it holds anything, to the
+  // pipeline, marked with `flags`.
+  void SubmitOpenBlock(const std::string& name, std::uint8_t flags);
   // Enters a block of `name` that was written by someone else: it takes the
   // number a put would give it, and its place by the position rule.
   std::uint64_t AdoptWrittenBlock(const std::string& name, std::uint32_t plainLength,
@@ -246,6 +258,10 @@ class Index {
   std::unique_ptr<BlockPipeline> parallel;
   std::string evenStream;
   std::uint32_t evenBlockBytes = 0;
+  std::uint64_t evenPutBytes = 0;  // put into the even stream so far
+  std::uint64_t pieceBytes = 0;
+  std::uint64_t lastCut = 0;
+  std::uint64_t lastSubmitted = 0;  // the even stream's last block given to the pipeline
 };
 
 }  // namespace KelTmf

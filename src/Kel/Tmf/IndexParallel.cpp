@@ -31,17 +31,24 @@ void Index::CutEvenly(const std::string& name, std::uint32_t blockBytes) {
   evenBlockBytes = blockBytes;
 }
 
-void Index::FinishStream(const std::string& name) {
+void Index::CutPiecesEvery(std::uint32_t blockCount) {
+  pieceBytes = std::uint64_t(blockCount) * evenBlockBytes;
+}
+
+void Index::SubmitOpenBlock(const std::string& name, std::uint8_t flags) {
   // Only the pipeline can take a block without a file to write it to.
-  if (parallel == nullptr) KEL_RAISE_CODE(14, "KelTmf::Index::FinishStream");
+  if (parallel == nullptr) KEL_RAISE_CODE(14, "KelTmf::Index::SubmitOpenBlock");
   auto found = limiters.find(name);
-  if (found != limiters.end() && !found->second.blocks.empty()) {
-    const std::uint64_t last = found->second.blocks.back();
-    if (!records[last].frozen && !blocks[last].ContentsReleased()) {
-      records[last].flags |= BlockFlagCompress;
-      WriteOrSubmit(last, nullptr);
-    }
+  if (found == limiters.end() || found->second.blocks.empty()) return;
+  const std::uint64_t last = found->second.blocks.back();
+  if (!records[last].frozen && !blocks[last].ContentsReleased()) {
+    records[last].flags |= flags;
+    WriteOrSubmit(last, nullptr);
   }
+}
+
+void Index::FinishStream(const std::string& name) {
+  SubmitOpenBlock(name, BlockFlagCompress);
   parallel->Drain();
 }
 
@@ -82,6 +89,15 @@ void Index::ProvideBuffer(std::uint64_t number, std::uint64_t plainBytes) {
 
 void Index::PutAcrossBlocks(const std::string& name, std::FILE* stream, std::uint64_t byteCount,
                             const RangeEncoder& encode) {
+  if (pieceBytes != 0 && evenPutBytes - lastCut >= pieceBytes) {
+    // An empty open block stays: it is the first of the new piece.
+    auto found = limiters.find(name);
+    const std::uint64_t open = found->second.blocks.back();
+    if (blocks[open].length != 0) SubmitOpenBlock(name, BlockFlagCompress | BlockFlagFreeze);
+    pieceEnds.push_back(lastSubmitted);
+    lastCut = evenPutBytes;
+  }
+  evenPutBytes += byteCount;
   std::uint64_t done = 0;
   do {
     // A piece never exceeds one block of this stream, far below 4 GiB.
@@ -115,6 +131,7 @@ void Index::WriteOrSubmit(std::uint64_t number, std::FILE* stream) {
   }
   Buffer plain(block.data, block.capacity);
   block.data = nullptr;
+  if (records[number].name == evenStream) lastSubmitted = number;
   parallel->Submit(number, std::move(plain), block.length,
                    (record.flags & BlockFlagCompress) != 0);
 }
