@@ -70,8 +70,8 @@ class DOVWRITER_API PartGroup {
   // Not collective: takes `count` values that another rank sent by tell(),
   // those of one sender in the order sent, and sets `from` to that rank.
   // False where none has come; with `wait`, waits for one (without holding
-  // a processor). Every value told must be taken before the next
-  // collective step that follows the telling.
+  // a processor). Every value told must be taken by its receivers: closing
+  // the shared file waits until it is.
   virtual bool hear(int& from, std::uint64_t* values, int count, bool wait) = 0;
 };
 

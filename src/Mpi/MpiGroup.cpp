@@ -18,15 +18,30 @@ const int TellTag = 7;
 // MPI counts are ints: larger messages go in pieces.
 const std::uint64_t LargestPiece = INT_MAX;
 
-// Waits for `request` without holding a processor. The ranks of a machine
-// share its cores with their compressing threads; a rank that waits for a
-// slower one would otherwise spin on a core that the slower one needs.
-void WaitAsleep(MPI_Request& request) {
-  for (int done = 0;;) {
-    MPI_Test(&request, &done, MPI_STATUS_IGNORE);
-    if (done) return;
+// A piece that one write cannot take.
+const char* const TooLargePiece = "a block of 2 GiB or more";
+
+// Asks `done` until it says yes, without holding a processor in between.
+// The ranks of a machine share its cores with their compressing threads; a
+// rank that waits for a slower one would otherwise spin on a core that the
+// slower one needs.
+template <class Done>
+bool PollAsleep(Done&& done, bool wait) {
+  for (;;) {
+    if (done()) return true;
+    if (!wait) return false;
     std::this_thread::sleep_for(std::chrono::microseconds(200));
   }
+}
+
+void WaitAsleep(MPI_Request& request) {
+  PollAsleep(
+      [&] {
+        int done = 0;
+        MPI_Test(&request, &done, MPI_STATUS_IGNORE);
+        return done != 0;
+      },
+      true);
 }
 
 int PieceCount(std::uint64_t left) { return static_cast<int>(std::min(left, LargestPiece)); }
@@ -147,7 +162,7 @@ std::string MpiGroup::openShared(const char* path) {
 }
 
 std::string MpiGroup::writeNow(const Piece& piece) {
-  if (piece.count > LargestPiece) return "a block of 2 GiB or more";
+  if (piece.count > LargestPiece) return TooLargePiece;
   MPI_Status status;
   const int code = MPI_File_write_at(file, static_cast<MPI_Offset>(piece.position), piece.bytes,
                                      static_cast<int>(piece.count), MPI_BYTE, &status);
@@ -157,9 +172,9 @@ std::string MpiGroup::writeNow(const Piece& piece) {
 std::string MpiGroup::writeShared(const std::vector<Piece>& pieces) {
   std::string failure;
   for (const Piece& piece : pieces)
-    if (piece.count > LargestPiece) failure = "a block of 2 GiB or more";
+    if (piece.count > LargestPiece) failure = TooLargePiece;
   failure = agreed(failure);
-  if (failure.empty()) failure = agreed(writePieces(file, pieces));
+  if (failure.empty()) failure = agreed(writePieces(pieces));
   finishTelling();
   const std::string closing = agreed(ErrorText(MPI_File_close(&file)));
   return failure.empty() ? closing : failure;
@@ -191,18 +206,18 @@ void MpiGroup::tell(const std::uint64_t* values, int count) {
 }
 
 bool MpiGroup::hear(int& from, std::uint64_t* values, int count, bool wait) {
-  for (;;) {
-    int arrived = 0;
-    MPI_Status status;
-    MPI_Iprobe(MPI_ANY_SOURCE, TellTag, comm, &arrived, &status);
-    if (arrived) {
-      from = status.MPI_SOURCE;
-      MPI_Recv(values, count, MPI_UINT64_T, from, TellTag, comm, MPI_STATUS_IGNORE);
-      return true;
-    }
-    if (!wait) return false;
-    std::this_thread::sleep_for(std::chrono::microseconds(200));
-  }
+  MPI_Status status;
+  const bool arrived = PollAsleep(
+      [&] {
+        int any = 0;
+        MPI_Iprobe(MPI_ANY_SOURCE, TellTag, comm, &any, &status);
+        return any != 0;
+      },
+      wait);
+  if (!arrived) return false;
+  from = status.MPI_SOURCE;
+  MPI_Recv(values, count, MPI_UINT64_T, from, TellTag, comm, MPI_STATUS_IGNORE);
+  return true;
 }
 
 void MpiGroup::finishTelling() {
@@ -212,7 +227,7 @@ void MpiGroup::finishTelling() {
   told.clear();
 }
 
-std::string MpiGroup::writePieces(MPI_File file, const std::vector<Piece>& pieces) {
+std::string MpiGroup::writePieces(const std::vector<Piece>& pieces) {
   // One type for where the pieces go in the file and one for where they lie
   // in memory: a single collective write takes them all.
   const int count = static_cast<int>(pieces.size());

@@ -35,8 +35,8 @@ class MpiGroup : public PartGroup {
  private:
   // The first failure on any rank, as every rank's text; "" where none.
   std::string agreed(const std::string& failure);
-  // Sets the file's view to `pieces` and writes them all at once.
-  std::string writePieces(MPI_File file, const std::vector<Piece>& pieces);
+  // Sets the open file's view to `pieces` and writes them all at once.
+  std::string writePieces(const std::vector<Piece>& pieces);
 
   // Waits until every value told has been taken.
   void finishTelling();

@@ -242,9 +242,10 @@ class PartClose {
                    current.blocks, current.stored, nullptr};
     hearAll();
     if (!failed) writePlaceable();
-    const bool now = !failed && unwritten == blocks.size() && placeable(kept);
+    std::uint64_t position = 0;
+    const bool now = !failed && unwritten == blocks.size() && placeOf(kept, position);
     if (now)
-      write(kept, block.bytes);
+      write(position, block.bytes, block.size);
     else if (!failed)
       kept.bytes = keptBytes.keep(block.bytes, block.size);
     blocks.push_back(kept);
@@ -290,28 +291,37 @@ class PartClose {
     }
   }
 
-  // The place of a block, if the pieces in front of its piece are known.
-  bool placeable(const KeptBlock& block) const {
-    PieceSize front;
-    return table.before(me, block.piece, front);
+  // The pieces in front of piece `round` of this rank, once all are known.
+  // Pieces are placed in order, and a place once known stays, so each is
+  // worked out once.
+  bool frontOf(std::size_t round, PieceSize& front) {
+    while (fronts.size() <= round) {
+      if (!table.before(me, fronts.size(), front)) return false;
+      fronts.push_back(front);
+    }
+    front = fronts[round];
+    return true;
   }
 
-  std::uint64_t position(const KeptBlock& block) const {
+  // Where a block goes, once the pieces in front of its piece are known.
+  bool placeOf(const KeptBlock& block, std::uint64_t& position) {
     PieceSize front;
-    table.before(me, block.piece, front);
-    return KelTmf::DataBlockPosition(front.blocks + block.blockInPiece,
-                                     front.stored + block.storedInPiece);
+    if (!frontOf(block.piece, front)) return false;
+    position = KelTmf::DataBlockPosition(front.blocks + block.blockInPiece,
+                                         front.stored + block.storedInPiece);
+    return true;
   }
 
-  void write(const KeptBlock& block, const unsigned char* bytes) {
-    const std::string failure = group.writeNow({position(block), bytes, block.size});
+  void write(std::uint64_t position, const unsigned char* bytes, std::uint64_t size) {
+    const std::string failure = group.writeNow({position, bytes, size});
     if (!failure.empty()) std::rethrow_exception(WriteFailure(scene.fileName, failure));
   }
 
   // Writes the kept blocks whose places have become known, in order.
   void writePlaceable() {
-    while (unwritten < blocks.size() && placeable(blocks[unwritten])) {
-      write(blocks[unwritten], blocks[unwritten].bytes);
+    std::uint64_t position = 0;
+    while (unwritten < blocks.size() && placeOf(blocks[unwritten], position)) {
+      write(position, blocks[unwritten].bytes, blocks[unwritten].size);
       blocks[unwritten++].bytes = nullptr;
     }
     if (unwritten == blocks.size()) keptBytes.reuse();
@@ -327,7 +337,7 @@ class PartClose {
     std::uint64_t begin = 0;
     for (std::size_t round = 0; round < table.count(me); ++round) {
       PieceSize front;
-      table.before(me, round, front);
+      frontOf(round, front);
       placement.heavyPieces.push_back({begin, front.plain - begin});
       begin += table.at(me, round).plain;
     }
@@ -429,8 +439,11 @@ class PartClose {
   // memory goes once they are in the file.
   void writeBlocks() {
     std::vector<PartGroup::Piece> pieces;
+    // Every rank has ended: every place is known.
+    std::uint64_t position = 0;
     for (const KeptBlock& block : blocks)
-      if (block.bytes != nullptr) pieces.push_back({position(block), block.bytes, block.size});
+      if (block.bytes != nullptr && placeOf(block, position))
+        pieces.push_back({position, block.bytes, block.size});
     const std::string failure = group.writeShared(pieces);
     keptBytes.release();
     Agree(group, failure.empty() ? std::exception_ptr() : WriteFailure(scene.fileName, failure),
@@ -442,6 +455,7 @@ class PartClose {
   const int me;
   std::unique_ptr<CloseProgress> progress;
   PieceTable table;
+  std::vector<PieceSize> fronts;   // of this rank's pieces whose places are known
   PieceSize current;               // of the piece being compressed
   std::vector<KeptBlock> blocks;   // every block of this rank, in order
   std::size_t unwritten = 0;       // the first of them not in the file

@@ -8,12 +8,10 @@
 #include <DovWriter/DovWriterMpi.h>
 #include <DovWriter/dovwriter_mpi.h>
 
-#include <sys/resource.h>
-
 #include <algorithm>
-#include <csignal>
 #include <cstdlib>
 #include <filesystem>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -225,21 +223,14 @@ TEST(MpiWrite, FailuresAreCollective) {
   // file-size limit there lets its writes fail past the file's head.
   if (last != 0) {
     Strip writing(rank);
-    rlimit saved{};
-    getrlimit(RLIMIT_FSIZE, &saved);
-    if (rank == last) {
-      std::signal(SIGXFSZ, SIG_IGN);
-      rlimit small = saved;
-      small.rlim_cur = 4096;
-      setrlimit(RLIMIT_FSIZE, &small);
-    }
+    std::optional<FileSizeLimit> limit;
+    if (rank == last) limit.emplace(4096);
     try {
       Write<Scene_V2Mpi>(path, rank, writing, MPI_COMM_WORLD);
       ADD_FAILURE() << "closeFile succeeded on rank " << rank;
     } catch (const Kel::Util::Exception& failure) {
       EXPECT_EQ(failure.GetCode(), 10) << failure.GetDescription();
     }
-    if (rank == last) setrlimit(RLIMIT_FSIZE, &saved);
   }
 
   // The Exact encoding cannot be written by several processes.

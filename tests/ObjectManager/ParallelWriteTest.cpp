@@ -3,9 +3,6 @@
 // back the same values, and failures reach the host. Suites whose names
 // end in "Threads" carry the CTest label `threads`.
 
-#include <signal.h>
-#include <sys/resource.h>
-
 #include <cmath>
 #include <cstdlib>
 #include <fstream>
@@ -156,12 +153,8 @@ TEST(FastThreads, ValuesReadBackAsWrittenFromBlocksOfAnySize) {
 // The code that writing `variant` fails with once the file may grow no
 // further than 96 KiB, in the middle of the heavy blocks; -1 for none.
 static int codeOfAWriteBeyondTheLimit(StateModel& model, const Variant& variant) {
-  // Writes beyond the limit fail (EFBIG) instead of ending the process.
-  signal(SIGXFSZ, SIG_IGN);
-  rlimit limited{};
-  getrlimit(RLIMIT_FSIZE, &limited);
-  limited.rlim_cur = 96 << 10;
-  if (setrlimit(RLIMIT_FSIZE, &limited) != 0) return -2;
+  const testsupport::FileSizeLimit limit(96 << 10);
+  if (!limit.set) return -2;
   try {
     model.write(freshPath(), variant);
   } catch (const Kel::Util::Exception& failure) {

@@ -3,13 +3,15 @@
 
 // Test support that needs only the public headers, so that every test
 // program can share it, the ones that link only the installed libraries
-// too: the array objects a host makes, a refusal a call must raise, and a
-// file's bytes.
+// too: the array objects a host makes, a refusal a call must raise, a
+// file's bytes, and a limit on how large files may grow.
 
 #include <gtest/gtest.h>
 
 #include <DovWriter/DovWriter.h>
+#include <sys/resource.h>
 
+#include <csignal>
 #include <fstream>
 #include <functional>
 #include <iterator>
@@ -59,6 +61,27 @@ inline std::vector<unsigned char> fileBytes(const std::string& path) {
   return std::vector<unsigned char>(std::istreambuf_iterator<char>(in),
                                     std::istreambuf_iterator<char>());
 }
+
+// While it lives, this process's writes beyond `bytes` into any file fail
+// (EFBIG) instead of ending the process (SIGXFSZ).
+class FileSizeLimit {
+ public:
+  explicit FileSizeLimit(rlim_t bytes) {
+    std::signal(SIGXFSZ, SIG_IGN);
+    getrlimit(RLIMIT_FSIZE, &saved);
+    rlimit limited = saved;
+    limited.rlim_cur = bytes;
+    set = setrlimit(RLIMIT_FSIZE, &limited) == 0;
+  }
+  ~FileSizeLimit() { setrlimit(RLIMIT_FSIZE, &saved); }
+  FileSizeLimit(const FileSizeLimit&) = delete;
+  FileSizeLimit& operator=(const FileSizeLimit&) = delete;
+
+  bool set = false;
+
+ private:
+  rlimit saved{};
+};
 
 }  // namespace testsupport
 

@@ -154,8 +154,8 @@ class Index {
   // Sends the open last block of `name` (marked compressed) to the pipeline
   // and returns once every block given is finished.
   void FinishStream(const std::string& name);
-  // Sends the open last block of `name`, if it holds anything, to the
-  // pipeline, marked with `flags`.
+  // Sends the last block of `name`, if it is still open, to the pipeline,
+  // marked with `flags`.
   void SubmitOpenBlock(const std::string& name, std::uint8_t flags);
   // Enters a block of `name` that was written by someone else: it takes the
   // number a put would give it, and its place by the position rule.
@@ -261,7 +261,6 @@ class Index {
   std::uint64_t evenPutBytes = 0;  // put into the even stream so far
   std::uint64_t pieceBytes = 0;
   std::uint64_t lastCut = 0;
-  std::uint64_t lastSubmitted = 0;  // the even stream's last block given to the pipeline
 };
 
 }  // namespace KelTmf

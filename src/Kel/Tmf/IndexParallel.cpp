@@ -90,11 +90,14 @@ void Index::ProvideBuffer(std::uint64_t number, std::uint64_t plainBytes) {
 void Index::PutAcrossBlocks(const std::string& name, std::FILE* stream, std::uint64_t byteCount,
                             const RangeEncoder& encode) {
   if (pieceBytes != 0 && evenPutBytes - lastCut >= pieceBytes) {
-    // An empty open block stays: it is the first of the new piece.
-    auto found = limiters.find(name);
-    const std::uint64_t open = found->second.blocks.back();
-    if (blocks[open].length != 0) SubmitOpenBlock(name, BlockFlagCompress | BlockFlagFreeze);
-    pieceEnds.push_back(lastSubmitted);
+    // Bytes were put, so the stream has a block. An empty open one stays:
+    // it is the first of the new piece, and the block in front of it the
+    // last of the old.
+    const std::vector<std::uint64_t>& numbers = limiters[name].blocks;
+    const std::uint64_t last = numbers.back();
+    const bool emptyOpen = !records[last].frozen && blocks[last].length == 0;
+    if (!emptyOpen) SubmitOpenBlock(name, BlockFlagCompress | BlockFlagFreeze);
+    pieceEnds.push_back(emptyOpen ? numbers[numbers.size() - 2] : last);
     lastCut = evenPutBytes;
   }
   evenPutBytes += byteCount;
@@ -131,7 +134,6 @@ void Index::WriteOrSubmit(std::uint64_t number, std::FILE* stream) {
   }
   Buffer plain(block.data, block.capacity);
   block.data = nullptr;
-  if (records[number].name == evenStream) lastSubmitted = number;
   parallel->Submit(number, std::move(plain), block.length,
                    (record.flags & BlockFlagCompress) != 0);
 }
