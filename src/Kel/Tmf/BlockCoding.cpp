@@ -23,6 +23,18 @@ const std::uint64_t HeadBytes = 4;
 // cancelled block is given up.
 const std::uint64_t Slice = std::uint64_t(4) << 20;
 
+// The test for noise. Sixteen samples of 8 KiB cost less than a hundredth
+// of compressing a 4 MiB block. On the byte planes of a 10^7-node model,
+// one block in seven had every sample above 98 %; those blocks took a fifth
+// of libdeflate's time at level 6, and storing them made the file 0.3 %
+// larger. A block with one compressible sample is compressed, so a block
+// that only partly holds noise keeps what deflate saves on the rest. Levels
+// from 10 on are asked for to make the smallest file, and keep the search.
+const int Samples = 16;
+const std::uint32_t SampleBytes = 8192;
+const double NoiseRatio = 0.98;
+const int MaxSampledLevel = 9;
+
 // Thrown, not logged: see the header.
 [[noreturn]] void Fail(std::int32_t code, const char* method) {
   throw Kel::Util::Exception(code, Kel::Util::Exception::CodeText(code), __FILE__, __LINE__,
@@ -44,6 +56,12 @@ void MakeRoom(Buffer& stored, std::uint64_t bound) {
   stored = Buffer();
   stored = Buffer::Allocate(HeadBytes + bound + bound / 8);
   Platform::AdviseLargeBuffer(stored.data(), stored.capacity());
+}
+
+libdeflate_compressor* Compressor(libdeflate_compressor*& compressor, int level) {
+  if (compressor == nullptr) compressor = libdeflate_alloc_compressor(level);
+  if (compressor == nullptr) Fail(0, CompressMethod);
+  return compressor;
 }
 
 }  // namespace
@@ -77,7 +95,11 @@ unsigned char* Buffer::Release() {
   return data;
 }
 
-BlockCoder::~BlockCoder() { libdeflate_free_compressor(compressor); }
+BlockCoder::~BlockCoder() {
+  libdeflate_free_compressor(compressor);
+  libdeflate_free_compressor(sampler);
+  libdeflate_free_compressor(storer);
+}
 
 std::uint64_t BlockCoder::Code(const unsigned char* plain, std::uint32_t length, Buffer& stored,
                                const std::atomic<bool>& cancelled) {
@@ -121,13 +143,31 @@ std::uint64_t BlockCoder::CodeExact(const unsigned char* plain, std::uint32_t le
   FailCompression(result);
 }
 
+bool BlockCoder::LooksIncompressible(const unsigned char* plain, std::uint32_t length) {
+  if (coding.level > MaxSampledLevel || length < std::uint64_t(Samples) * SampleBytes)
+    return false;
+  libdeflate_compressor* quick = Compressor(sampler, 1);
+  // A sample that does not fit in 98 % of its size is not compressible
+  // enough, and libdeflate then gives 0: the buffer need not hold more.
+  const std::size_t room = static_cast<std::size_t>(SampleBytes * NoiseRatio);
+  if (sampleOut.capacity() < room) sampleOut = Buffer::Allocate(room);
+  const std::uint64_t step = (length - SampleBytes) / (Samples - 1);
+  for (int i = 0; i < Samples; ++i) {
+    const unsigned char* sample = plain + i * step;
+    if (libdeflate_deflate_compress(quick, sample, SampleBytes, sampleOut.data(), room) != 0)
+      return false;
+  }
+  return true;
+}
+
 std::uint64_t BlockCoder::CodeFast(const unsigned char* plain, std::uint32_t length,
                                    Buffer& stored) {
-  if (compressor == nullptr) compressor = libdeflate_alloc_compressor(coding.level);
-  if (compressor == nullptr) Fail(0, CompressMethod);
-  const std::uint64_t bound = libdeflate_zlib_compress_bound(compressor, length);
+  libdeflate_compressor* chosen = LooksIncompressible(plain, length)
+                                      ? Compressor(storer, 0)
+                                      : Compressor(compressor, coding.level);
+  const std::uint64_t bound = libdeflate_zlib_compress_bound(chosen, length);
   MakeRoom(stored, bound);
-  const std::size_t size = libdeflate_zlib_compress(compressor, plain, length,
+  const std::size_t size = libdeflate_zlib_compress(chosen, plain, length,
                                                     stored.data() + HeadBytes, bound);
   if (size == 0) throw Kel::Util::Exception(15, "Compression failed", __FILE__, __LINE__,
                                             CompressMethod);

@@ -21,7 +21,11 @@ struct BlockPipeline::Task {
 };
 
 BlockPipeline::BlockPipeline(unsigned threads, const BlockCoding& coding, Writer writer)
-    : threads(std::max(1u, threads)), coding(coding), writer(std::move(writer)), hostCoder(coding) {
+    : threads(std::max(1u, threads)),
+      coding(coding),
+      depth(this->threads + (coding.fast && this->threads > 1 ? 1 : 0)),
+      writer(std::move(writer)),
+      hostCoder(coding) {
   try {
     for (unsigned i = 1; i < this->threads; ++i) workers.emplace_back([this] { WorkerLoop(); });
   } catch (...) {
@@ -102,8 +106,8 @@ void BlockPipeline::Submit(std::uint64_t number, Buffer plain, std::uint32_t len
   }
   if (compress) workWaiting.notify_one();
   WriteReady();
-  while (inFlight.size() > threads) {
-    HelpOrWait();
+  while (inFlight.size() > depth) {
+    HelpOrWait(true);
     WriteReady();
   }
 }
@@ -136,11 +140,11 @@ void BlockPipeline::WriteReady() {
   }
 }
 
-void BlockPipeline::HelpOrWait() {
+void BlockPipeline::HelpOrWait(bool moreToFill) {
   std::unique_lock<std::mutex> lock(mutex);
   ThrowIfFailed();
   if (FrontDone()) return;
-  if (!waiting.empty()) {
+  if (waiting.size() > (moreToFill && threads > 1 ? 1u : 0u)) {
     Task* task = waiting.front();
     waiting.pop_front();
     Run(*task, hostCoder, lock);
@@ -153,7 +157,7 @@ void BlockPipeline::HelpOrWait() {
 void BlockPipeline::Drain() {
   WriteReady();
   while (!inFlight.empty()) {
-    HelpOrWait();
+    HelpOrWait(false);
     WriteReady();
   }
 }
@@ -188,7 +192,7 @@ Buffer BlockPipeline::TakeBuffer(std::uint64_t capacity) {
 void BlockPipeline::KeepSpare(std::vector<Buffer>& spare, Buffer buffer) {
   // One for each block in flight; more would only hold memory that nothing
   // is going to fill.
-  if (buffer.data() != nullptr && spare.size() < threads) spare.push_back(std::move(buffer));
+  if (buffer.data() != nullptr && spare.size() < depth) spare.push_back(std::move(buffer));
 }
 
 }  // namespace KelTmf

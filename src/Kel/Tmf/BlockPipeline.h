@@ -9,8 +9,14 @@
 //
 // The host's thread is one of the threads: where it would otherwise wait
 // (too many blocks in flight, or the end of the file) it compresses a
-// waiting block itself, so `threads` = 1 starts no thread at all. At most
-// `threads` blocks are in flight at once, beside the one the host fills.
+// waiting block itself, so `threads` = 1 starts no thread at all. While it
+// has more to fill it leaves the last waiting block to the workers: a block
+// it compresses holds up the filling of the next, and a worker that runs
+// out of blocks meanwhile stands idle. At most `threads` blocks are in
+// flight at once, beside the one the host fills; with workers and small
+// fast blocks one more, since a fast block of noise is done ten times
+// sooner than one of data and the workers would otherwise run dry while
+// the host compresses a long one.
 // Workers never throw: the first failure is kept, the work not yet begun
 // is dropped, and the failure is thrown on the host's thread, as the same
 // exception, by the next call the host makes. The destructor drops what is
@@ -72,8 +78,9 @@ class BlockPipeline {
   // Runs `task` on this thread; `lock` is held on entry and on return.
   void Run(Task& task, BlockCoder& coder, std::unique_lock<std::mutex>& lock);
   // Compresses a waiting block on the host's thread, or waits for the
-  // oldest block to be done.
-  void HelpOrWait();
+  // oldest block to be done. `moreToFill`: the host fills more blocks
+  // after this, and leaves the last waiting one to the workers.
+  void HelpOrWait(bool moreToFill);
   // Throws the first failure on the host's thread; `lock` is held.
   void ThrowIfFailed();
   bool FrontDone() const;
@@ -81,6 +88,7 @@ class BlockPipeline {
 
   const unsigned threads;
   const BlockCoding coding;
+  const std::size_t depth;  // blocks in flight, beside the one the host fills
   Writer writer;
   BlockCoder hostCoder;
   Kel::Log::OrderedLog log;
