@@ -10,18 +10,6 @@
 
 using namespace Kel::Dov;
 
-namespace {
-
-PieceSize Size(std::uint64_t blocks, std::uint64_t stored, std::uint64_t plain) {
-  PieceSize size;
-  size.blocks = blocks;
-  size.stored = stored;
-  size.plain = plain;
-  return size;
-}
-
-}  // namespace
-
 TEST(PartPieces, APieceIsPlacedOnceEveryPieceInFrontOfItIsKnown) {
   PieceTable table(3);
   PieceSize front;
@@ -29,20 +17,20 @@ TEST(PartPieces, APieceIsPlacedOnceEveryPieceInFrontOfItIsKnown) {
   ASSERT_TRUE(table.before(0, 0, front));
   EXPECT_EQ(0u, front.blocks + front.stored + front.plain);
   // Part 2's first piece waits for the first pieces of parts 0 and 1.
-  table.add(0, Size(2, 100, 1000));
+  table.add(0, PieceSize{2, 100, 1000});
   EXPECT_FALSE(table.before(2, 0, front));
-  table.add(1, Size(3, 50, 500));
+  table.add(1, PieceSize{3, 50, 500});
   ASSERT_TRUE(table.before(2, 0, front));
   EXPECT_EQ(5u, front.blocks);
   EXPECT_EQ(150u, front.stored);
   EXPECT_EQ(1500u, front.plain);
   // Part 0's second piece lies behind the whole first round.
   EXPECT_FALSE(table.before(0, 1, front));
-  table.add(2, Size(1, 10, 100));
+  table.add(2, PieceSize{1, 10, 100});
   ASSERT_TRUE(table.before(0, 1, front));
   EXPECT_EQ(160u, front.stored);
   // A part that has ended takes no room in later rounds.
-  table.add(0, Size(1, 7, 70));
+  table.add(0, PieceSize{1, 7, 70});
   EXPECT_FALSE(table.before(2, 1, front));
   table.end(1);
   ASSERT_TRUE(table.before(2, 1, front));

@@ -3,10 +3,8 @@
 // anything compressible where a sample looks is compressed.
 
 #include <gtest/gtest.h>
-#include <zlib.h>
 
 #include <atomic>
-#include <random>
 
 #include "Kel/Tmf/BlockCoding.h"
 #include "TmfTestSupport.h"
@@ -35,25 +33,15 @@ Coded Code(const Bytes& plain, int level) {
                                         stored, cancelled);
   Coded coded{Bytes(stored.data(), stored.data() + size), false};
   coded.storedUnsearched = size > 6 && (coded.stored[5] >> 6) == 0;
-  Bytes back(plain.size());
-  uLongf length = back.size();
-  EXPECT_EQ(uncompress(back.data(), &length, coded.stored.data() + 4, size - 4), Z_OK);
-  EXPECT_EQ(back, plain);
+  EXPECT_EQ(TmfTest::Inflated(coded.stored), plain);
   return coded;
-}
-
-Bytes Noise(std::size_t count) {
-  std::mt19937 random(7);
-  Bytes bytes(count);
-  for (unsigned char& byte : bytes) byte = static_cast<unsigned char>(random());
-  return bytes;
 }
 
 }  // namespace
 
 TEST(FastCoding, NoiseIsStoredAndAnythingCompressibleIsCompressed) {
   const std::size_t length = std::size_t(1) << 20;
-  const Bytes noise = Noise(length);
+  const Bytes noise = TmfTest::Noise(length, 7);
   const Coded stored = Code(noise, 6);
   EXPECT_TRUE(stored.storedUnsearched);
   EXPECT_LE(stored.stored.size(), length + length / 1000);

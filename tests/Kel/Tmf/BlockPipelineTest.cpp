@@ -3,7 +3,6 @@
 // block; buffers serve again; a worker's failure reaches the caller.
 
 #include <gtest/gtest.h>
-#include <zlib.h>
 
 #include <cstring>
 #include <thread>
@@ -16,6 +15,7 @@ using KelTmf::BlockPipeline;
 using KelTmf::Buffer;
 using KelTmf::FinishedBlock;
 using TmfTest::Bytes;
+using TmfTest::Inflated;
 
 namespace {
 
@@ -29,15 +29,6 @@ KelTmf::Buffer Filled(const Bytes& plain) {
   Buffer buffer = Buffer::Allocate(plain.size() + 1);
   std::memcpy(buffer.data(), plain.data(), plain.size());
   return buffer;
-}
-
-Bytes Inflated(const Bytes& stored) {
-  const std::uint32_t length = stored[0] | stored[1] << 8 | stored[2] << 16 | stored[3] << 24;
-  Bytes plain(length);
-  uLongf size = length;
-  EXPECT_EQ(uncompress(plain.data(), &size, stored.data() + 4, stored.size() - 4), Z_OK);
-  EXPECT_EQ(size, length);
-  return plain;
 }
 
 }  // namespace

@@ -7,7 +7,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <random>
 
 #include "Kel/Tmf/BlockZlibCompressor.h"
 #include "Kel/Util/Coding.h"
@@ -17,15 +16,9 @@ using KelTmf::Block;
 using KelTmf::BlockZlibCompressor;
 using KelTmf::ZlibStream;
 using TmfTest::Bytes;
+using TmfTest::Noise;
 
 namespace {
-
-Bytes Noise(std::size_t count, unsigned seed) {
-  std::mt19937 random(seed);
-  Bytes bytes(count);
-  for (unsigned char& byte : bytes) byte = static_cast<unsigned char>(random());
-  return bytes;
-}
 
 // Byte planes of a smooth float field, the typical content of heavy data.
 Bytes SmoothPlanes(std::size_t values) {

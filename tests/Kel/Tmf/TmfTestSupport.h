@@ -1,16 +1,19 @@
 #ifndef DOVWRITER_TESTS_TMF_SUPPORT_H
 #define DOVWRITER_TESTS_TMF_SUPPORT_H
 
-// Helpers of the container and reader tests: scratch files, bytes, and
-// expectations on the library's exception.
+// Helpers of the container and reader tests: scratch files, bytes, the
+// stored form of a compressed block, and expectations on the library's
+// exception.
 
 #include <DovWriter/Exception.h>
 #include <gtest/gtest.h>
+#include <zlib.h>
 
 #include <cstdint>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <random>
 #include <string>
 #include <vector>
 
@@ -56,6 +59,25 @@ inline Bytes Pattern(std::size_t count, unsigned seed) {
   Bytes bytes(count);
   for (std::size_t i = 0; i < count; ++i) bytes[i] = static_cast<unsigned char>((i * seed) >> 2);
   return bytes;
+}
+
+// Bytes that no compressor can shrink.
+inline Bytes Noise(std::size_t count, unsigned seed) {
+  std::mt19937 random(seed);
+  Bytes bytes(count);
+  for (unsigned char& byte : bytes) byte = static_cast<unsigned char>(random());
+  return bytes;
+}
+
+// The plain bytes of a compressed block's stored form: the u32 plain
+// length, then one zlib stream, which must inflate to exactly that many.
+inline Bytes Inflated(const Bytes& stored) {
+  const std::uint32_t length = stored[0] | stored[1] << 8 | stored[2] << 16 | stored[3] << 24;
+  Bytes plain(length);
+  uLongf size = length;
+  EXPECT_EQ(uncompress(plain.data(), &size, stored.data() + 4, stored.size() - 4), Z_OK);
+  EXPECT_EQ(size, length);
+  return plain;
 }
 
 inline Bytes BlockBytes(const KelTmf::Block& block) {
